@@ -1,0 +1,42 @@
+#include "app/Program.h"
+
+#include <ostream>
+
+namespace folvant::app {
+
+int RunFolvant(int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
+  CLI::App app{"folvant: a personal check register", "folvant"};
+  app.set_version_flag("--version", std::string("folvant ") + FOLVANT_VERSION);
+  app.require_subcommand(0, 1);
+  Context context{out, err, {}};
+  app.add_option("--book", context.book, "Folder of the book (default: $FOLVANT_BOOK)");
+
+  std::vector<std::pair<CLI::App*, CommandAction>> actions;
+  CLI::App* help = app.add_subcommand("help", "Show the commands and their options");
+  RegisterCommands(app, context, actions);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    out << app.help();
+    return 0;
+  } catch (const CLI::CallForVersion&) {
+    out << app.version() << '\n';
+    return 0;
+  } catch (const CLI::ParseError& e) {
+    err << "folvant: " << e.what() << '\n';
+    return e.get_exit_code() == 0 ? 2 : e.get_exit_code();
+  }
+
+  if (help->parsed() || app.get_subcommands().empty()) {
+    // App::help() would describe the chosen subcommand ("help" itself); describe the program.
+    out << app.get_formatter()->make_help(&app, "folvant", CLI::AppFormatMode::Normal);
+    return app.get_subcommands().empty() && !help->parsed() ? 2 : 0;
+  }
+  for (auto& [command, action] : actions) {
+    if (command->parsed()) return action();
+  }
+  return 0;
+}
+
+}  // namespace folvant::app

@@ -1,0 +1,280 @@
+#include "folvant/platform/plist/Value.h"
+
+#include <algorithm>
+#include <cmath>
+#include <charconv>
+#include <limits>
+
+namespace folvant::plist {
+namespace {
+
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f'; }
+
+// Truncates toward zero and saturates at the limits of T; NaN gives 0.
+template <typename T>
+T SaturatingCast(double x) {
+  if (std::isnan(x)) return 0;
+  if (x <= static_cast<double>(std::numeric_limits<T>::min())) return std::numeric_limits<T>::min();
+  if (x >= static_cast<double>(std::numeric_limits<T>::max())) return std::numeric_limits<T>::max();
+  return static_cast<T>(x);
+}
+
+// The leading integer of a text, as NSString's intValue / longLongValue read it: blanks, an
+// optional sign, digits; saturating on overflow; 0 when there are no digits.
+template <typename T>
+T LeadingInteger(std::string_view text) {
+  std::size_t i = 0;
+  while (i < text.size() && IsBlank(text[i])) ++i;
+  bool negative = false;
+  if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
+    negative = text[i] == '-';
+    ++i;
+  }
+  constexpr T kMax = std::numeric_limits<T>::max();
+  constexpr T kMin = std::numeric_limits<T>::min();
+  T result = 0;
+  for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {
+    const T digit = text[i] - '0';
+    if (negative) {
+      if (result < (kMin + digit) / 10) return kMin;
+      result = result * 10 - digit;
+    } else {
+      if (result > (kMax - digit) / 10) return kMax;
+      result = result * 10 + digit;
+    }
+  }
+  return result;
+}
+
+// The leading floating-point number of a text, as NSString's doubleValue reads it: blanks,
+// an optional sign, then the longest decimal number; 0 when there is none. Never depends on
+// the C locale.
+double LeadingDouble(std::string_view text) {
+  std::size_t i = 0;
+  while (i < text.size() && IsBlank(text[i])) ++i;
+  bool negative = false;
+  if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
+    negative = text[i] == '-';
+    ++i;
+  }
+  double value = 0.0;
+  const char* first = text.data() + i;
+  const auto result = std::from_chars(first, text.data() + text.size(), value);
+  if (result.ec == std::errc::invalid_argument) return 0.0;
+  return negative ? -value : value;
+}
+
+}  // namespace
+
+Value::Value(Array array) : v_(detail::Box<Array>(std::move(array))) {}
+Value::Value(Dictionary dictionary) : v_(detail::Box<Dictionary>(std::move(dictionary))) {}
+
+void Value::SetUnsigned(std::uint64_t value) {
+  if (value <= static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
+    v_ = static_cast<std::int64_t>(value);
+  } else {
+    v_ = value;
+  }
+}
+
+Value::Kind Value::kind() const {
+  switch (v_.index()) {
+    case 0: return Kind::kNone;
+    case 1:
+    case 2: return Kind::kInteger;
+    case 3: return Kind::kReal;
+    case 4: return Kind::kBoolean;
+    case 5: return Kind::kDate;
+    case 6: return Kind::kString;
+    case 7: return Kind::kData;
+    case 8: return Kind::kArray;
+    default: return Kind::kDictionary;
+  }
+}
+
+bool Value::isNumber() const {
+  const Kind k = kind();
+  return k == Kind::kInteger || k == Kind::kReal || k == Kind::kBoolean;
+}
+
+std::optional<std::int64_t> Value::asInteger() const {
+  if (const auto* i = std::get_if<std::int64_t>(&v_)) return *i;
+  return std::nullopt;
+}
+
+std::optional<std::uint64_t> Value::asUnsignedInteger() const {
+  if (const auto* i = std::get_if<std::int64_t>(&v_)) {
+    if (*i >= 0) return static_cast<std::uint64_t>(*i);
+    return std::nullopt;
+  }
+  if (const auto* u = std::get_if<std::uint64_t>(&v_)) return *u;
+  return std::nullopt;
+}
+
+std::optional<double> Value::asReal() const {
+  if (const auto* d = std::get_if<double>(&v_)) return *d;
+  return std::nullopt;
+}
+
+std::optional<bool> Value::asBoolean() const {
+  if (const auto* b = std::get_if<bool>(&v_)) return *b;
+  return std::nullopt;
+}
+
+std::optional<Date> Value::asDate() const {
+  if (const auto* d = std::get_if<Date>(&v_)) return *d;
+  return std::nullopt;
+}
+
+const std::string* Value::asString() const {
+  const auto* b = std::get_if<detail::Box<std::string>>(&v_);
+  return b ? &b->get() : nullptr;
+}
+std::string* Value::asString() {
+  auto* b = std::get_if<detail::Box<std::string>>(&v_);
+  return b ? &b->get() : nullptr;
+}
+const Data* Value::asData() const {
+  const auto* b = std::get_if<detail::Box<Data>>(&v_);
+  return b ? &b->get() : nullptr;
+}
+Data* Value::asData() {
+  auto* b = std::get_if<detail::Box<Data>>(&v_);
+  return b ? &b->get() : nullptr;
+}
+const Array* Value::asArray() const {
+  const auto* b = std::get_if<detail::Box<Array>>(&v_);
+  return b ? &b->get() : nullptr;
+}
+Array* Value::asArray() {
+  auto* b = std::get_if<detail::Box<Array>>(&v_);
+  return b ? &b->get() : nullptr;
+}
+const Dictionary* Value::asDictionary() const {
+  const auto* b = std::get_if<detail::Box<Dictionary>>(&v_);
+  return b ? &b->get() : nullptr;
+}
+Dictionary* Value::asDictionary() {
+  auto* b = std::get_if<detail::Box<Dictionary>>(&v_);
+  return b ? &b->get() : nullptr;
+}
+
+std::int64_t Value::longLongValue() const {
+  if (const auto* i = std::get_if<std::int64_t>(&v_)) return *i;
+  if (const auto* u = std::get_if<std::uint64_t>(&v_)) return static_cast<std::int64_t>(*u);
+  if (const auto* d = std::get_if<double>(&v_)) return SaturatingCast<std::int64_t>(*d);
+  if (const auto* b = std::get_if<bool>(&v_)) return *b ? 1 : 0;
+  if (const std::string* s = asString()) return LeadingInteger<std::int64_t>(*s);
+  return 0;
+}
+
+std::int32_t Value::intValue() const {
+  if (const auto* d = std::get_if<double>(&v_)) return SaturatingCast<std::int32_t>(*d);
+  if (const std::string* s = asString()) return LeadingInteger<std::int32_t>(*s);
+  // NSNumber's intValue of a wider integer keeps the low 32 bits, as a C cast does.
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(longLongValue()));
+}
+
+double Value::doubleValue() const {
+  if (const auto* d = std::get_if<double>(&v_)) return *d;
+  if (const auto* i = std::get_if<std::int64_t>(&v_)) return static_cast<double>(*i);
+  if (const auto* u = std::get_if<std::uint64_t>(&v_)) return static_cast<double>(*u);
+  if (const auto* b = std::get_if<bool>(&v_)) return *b ? 1.0 : 0.0;
+  if (const std::string* s = asString()) return LeadingDouble(*s);
+  return 0.0;
+}
+
+bool Value::boolValue() const {
+  if (const auto* b = std::get_if<bool>(&v_)) return *b;
+  if (const auto* i = std::get_if<std::int64_t>(&v_)) return *i != 0;
+  if (std::holds_alternative<std::uint64_t>(v_)) return true;
+  if (const auto* d = std::get_if<double>(&v_)) return *d != 0.0;
+  if (const std::string* s = asString()) {
+    std::size_t i = 0;
+    while (i < s->size() && IsBlank((*s)[i])) ++i;
+    if (i < s->size() && ((*s)[i] == '+' || (*s)[i] == '-')) ++i;
+    while (i < s->size() && (*s)[i] == '0') ++i;
+    if (i == s->size()) return false;
+    const char c = (*s)[i];
+    return c == 'Y' || c == 'y' || c == 'T' || c == 't' || (c >= '1' && c <= '9');
+  }
+  return false;
+}
+
+bool Value::operator==(const Value& other) const {
+  if (v_.index() != other.v_.index()) return false;
+  switch (v_.index()) {
+    case 0: return true;
+    case 1: return std::get<1>(v_) == std::get<1>(other.v_);
+    case 2: return std::get<2>(v_) == std::get<2>(other.v_);
+    case 3: {
+      const double a = std::get<3>(v_), b = std::get<3>(other.v_);
+      return a == b || (std::isnan(a) && std::isnan(b));
+    }
+    case 4: return std::get<4>(v_) == std::get<4>(other.v_);
+    case 5: {
+      const double a = std::get<5>(v_).secondsSinceReferenceDate;
+      const double b = std::get<5>(other.v_).secondsSinceReferenceDate;
+      return a == b || (std::isnan(a) && std::isnan(b));
+    }
+    case 6: return *asString() == *other.asString();
+    case 7: return *asData() == *other.asData();
+    case 8: return *asArray() == *other.asArray();
+    default: return *asDictionary() == *other.asDictionary();
+  }
+}
+
+Dictionary::Dictionary(std::initializer_list<Entry> entries) {
+  entries_.reserve(entries.size());
+  for (const Entry& entry : entries) set(entry.first, entry.second);
+}
+
+const Value* Dictionary::find(std::string_view key) const {
+  for (const Entry& entry : entries_) {
+    if (entry.first == key) return &entry.second;
+  }
+  return nullptr;
+}
+
+Value* Dictionary::find(std::string_view key) {
+  for (Entry& entry : entries_) {
+    if (entry.first == key) return &entry.second;
+  }
+  return nullptr;
+}
+
+void Dictionary::set(std::string_view key, Value value) {
+  if (Value* existing = find(key)) {
+    *existing = std::move(value);
+  } else {
+    entries_.emplace_back(std::string(key), std::move(value));
+  }
+}
+
+bool Dictionary::erase(std::string_view key) {
+  auto it = std::find_if(entries_.begin(), entries_.end(),
+                         [key](const Entry& entry) { return entry.first == key; });
+  if (it == entries_.end()) return false;
+  entries_.erase(it);
+  return true;
+}
+
+std::vector<const Dictionary::Entry*> Dictionary::sortedEntries() const {
+  std::vector<const Entry*> sorted;
+  sorted.reserve(entries_.size());
+  for (const Entry& entry : entries_) sorted.push_back(&entry);
+  std::sort(sorted.begin(), sorted.end(),
+            [](const Entry* a, const Entry* b) { return a->first < b->first; });
+  return sorted;
+}
+
+bool Dictionary::operator==(const Dictionary& other) const {
+  if (entries_.size() != other.entries_.size()) return false;
+  for (const Entry& entry : entries_) {
+    const Value* theirs = other.find(entry.first);
+    if (theirs == nullptr || !(*theirs == entry.second)) return false;
+  }
+  return true;
+}
+
+}  // namespace folvant::plist
