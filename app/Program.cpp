@@ -1,6 +1,11 @@
 #include "app/Program.h"
 
+#include <chrono>
+#include <cstdlib>
 #include <ostream>
+
+#include "app/Output.h"
+#include "folvant/platform/Clock.h"
 
 namespace folvant::app {
 
@@ -10,6 +15,9 @@ int RunFolvant(int argc, const char* const* argv, std::ostream& out, std::ostrea
   app.require_subcommand(0, 1);
   Context context{out, err, {}};
   app.add_option("--book", context.book, "Folder of the book (default: $FOLVANT_BOOK)");
+  std::string today;
+  app.add_option("--today", today,
+                 "Take this day (YYYY-MM-DD) as today (default: $FOLVANT_TODAY, else the clock)");
 
   std::vector<std::pair<CLI::App*, CommandAction>> actions;
   CLI::App* help = app.add_subcommand("help", "Show the commands and their options");
@@ -25,7 +33,21 @@ int RunFolvant(int argc, const char* const* argv, std::ostream& out, std::ostrea
     return 0;
   } catch (const CLI::ParseError& e) {
     err << "folvant: " << e.what() << '\n';
-    return e.get_exit_code() == 0 ? 2 : e.get_exit_code();
+    return 2;  // a usage error, as command-line programs report it
+  }
+
+  if (today.empty()) {
+    if (const char* env = std::getenv("FOLVANT_TODAY")) today = env;
+  }
+  if (!today.empty()) {
+    std::int32_t date = 0;
+    if (!ParseDateNumber(today, date)) {
+      err << "folvant: --today: \"" << today << "\" is not a date (YYYY-MM-DD)\n";
+      return 2;
+    }
+    using namespace std::chrono;
+    platform::PinClock(local_days{year{date / 10000} / (date / 100 % 100) / (date % 100)} +
+                       hours{12});
   }
 
   if (help->parsed() || app.get_subcommands().empty()) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-
 #include <functional>
 #include <iosfwd>
 #include <string>
@@ -19,8 +18,8 @@ struct Context {
 // A command adds its subcommand to the parser and returns the action run when it is chosen.
 // The action returns the process exit status.
 using CommandAction = std::function<int()>;
-using CommandRegistrar = std::function<void(CLI::App& app, Context& context,
-                                            std::vector<std::pair<CLI::App*, CommandAction>>& actions)>;
+using CommandRegistrar = std::function<void(
+    CLI::App& app, Context& context, std::vector<std::pair<CLI::App*, CommandAction>>& actions)>;
 
 // Runs the program with the given arguments; returns the exit status.
 int RunFolvant(int argc, const char* const* argv, std::ostream& out, std::ostream& err);

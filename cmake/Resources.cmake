@@ -8,5 +8,6 @@ add_custom_command(
           "-DINPUTS=${_resource_files}"
           -P ${PROJECT_SOURCE_DIR}/cmake/EmbedResources.cmake
   DEPENDS ${_resource_files} ${PROJECT_SOURCE_DIR}/cmake/EmbedResources.cmake
-  COMMENT "Embedding resources")
+  COMMENT "Embedding resources"
+  VERBATIM)
 target_sources(folvant_platform PRIVATE ${_resource_cpp})

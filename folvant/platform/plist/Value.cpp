@@ -4,6 +4,7 @@
 #include <cmath>
 #include <charconv>
 #include <limits>
+#include <unordered_map>
 
 namespace folvant::plist {
 namespace {
@@ -256,6 +257,38 @@ bool Dictionary::erase(std::string_view key) {
                          [key](const Entry& entry) { return entry.first == key; });
   if (it == entries_.end()) return false;
   entries_.erase(it);
+  return true;
+}
+
+bool Dictionary::collapseDuplicateKeys() {
+  const std::size_t n = entries_.size();
+  bool repeated = false;
+  if (n <= 16) {
+    // Small dictionaries (nearly all of them) compare pairwise, without allocating.
+    for (std::size_t i = 1; i < n && !repeated; ++i) {
+      for (std::size_t j = 0; j < i && !repeated; ++j) repeated = entries_[i].first == entries_[j].first;
+    }
+  } else {
+    std::vector<std::string_view> keys;
+    keys.reserve(n);
+    for (const Entry& entry : entries_) keys.push_back(entry.first);
+    std::sort(keys.begin(), keys.end());
+    repeated = std::adjacent_find(keys.begin(), keys.end()) != keys.end();
+  }
+  if (!repeated) return false;
+  std::vector<Entry> kept;
+  kept.reserve(n);
+  std::unordered_map<std::string_view, std::size_t> position;  // views into `kept`, which never reallocates
+  for (Entry& entry : entries_) {
+    const auto found = position.find(entry.first);
+    if (found != position.end()) {
+      kept[found->second].second = std::move(entry.second);
+    } else {
+      kept.push_back(std::move(entry));
+      position.emplace(kept.back().first, kept.size() - 1);
+    }
+  }
+  entries_ = std::move(kept);
   return true;
 }
 

@@ -153,6 +153,9 @@ class Dictionary {
   void append(std::string key, Value value) { entries_.emplace_back(std::move(key), std::move(value)); }
   // Removes a key; false when it was not there.
   bool erase(std::string_view key);
+  // Merges repeated keys (left by append) as file readers do: the first position, the last
+  // value. Returns whether any key repeated.
+  bool collapseDuplicateKeys();
 
   std::size_t size() const { return entries_.size(); }
   bool empty() const { return entries_.empty(); }

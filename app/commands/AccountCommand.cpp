@@ -1,0 +1,134 @@
+#include <iomanip>
+#include <ostream>
+
+#include "app/Book.h"
+#include "app/Output.h"
+#include "app/commands/Commands.h"
+#include "folvant/model/ZELMAccount.h"
+#include "folvant/platform/Text.h"
+#include "folvant/values/LVCurrency.h"
+#include "folvant/values/LVEditingCurrency.h"
+
+namespace folvant::app {
+namespace {
+
+struct NewAccountOptions {
+  std::string name;
+  std::string currency;
+  double startingBalance = 0.0;
+  int startingCheck = 1;
+};
+
+// Written forms of a few common currencies, used when an account asks for a currency the book
+// does not have yet. Rates start at 1 until the user sets them.
+struct KnownCurrency {
+  const char* code;
+  const char* description;
+  const char* symbol;
+  bool symbolFirst;
+  const char* thousands;
+  const char* decimal;
+};
+constexpr KnownCurrency kKnownCurrencies[] = {
+    {"USD", "US Dollar", "$", true, ",", "."},     {"CAD", "Canadian Dollar", "$", true, ",", "."},
+    {"EUR", "Euro", "€", false, ".", ","},         {"GBP", "Pound Sterling", "£", true, ",", "."},
+    {"CHF", "Swiss Franc", "CHF", true, "'", "."}, {"JPY", "Yen", "¥", true, ",", "."},
+};
+
+std::shared_ptr<LVCurrency> CurrencyFor(Book& book, const std::string& code) {
+  for (const auto& c : book.currencies()) {
+    if (platform::CaseInsensitiveEqual(c->code(), code)) return c;
+  }
+  for (const KnownCurrency& known : kKnownCurrencies) {
+    if (platform::CaseInsensitiveEqual(known.code, code)) {
+      auto c = std::make_shared<LVCurrency>(known.code, known.description, known.symbol,
+                                            known.symbolFirst, known.thousands, known.decimal, 1.0,
+                                            platform::Today());
+      book.currencies().push_back(c);
+      return c;
+    }
+  }
+  auto c = std::make_shared<LVCurrency>();
+  c->setCode(code);
+  c->setDescription(code);
+  c->setSymbol(code);
+  book.currencies().push_back(c);
+  return c;
+}
+
+int NewAccount(Context& context, const NewAccountOptions& options) {
+  auto book = OpenBook(context);
+  if (!book) return 1;
+  if (options.name.empty()) return Fail(context, "an account needs a name");
+  if (book->FindAccount(options.name)) {
+    return Fail(context, "an account named \"" + options.name + "\" already exists");
+  }
+  std::shared_ptr<LVCurrency> currency = book->currency();
+  if (!options.currency.empty()) {
+    // Checked against no list: a code already in the book is reused, not refused.
+    if (auto problem = ValidateCurrencyCode(options.currency, {}, nullptr)) {
+      return Fail(context, problem->statement + " " + problem->message);
+    }
+    currency = CurrencyFor(*book, options.currency);
+  }
+  auto account = book->AddAccount(options.name);
+  account->setCurrency(currency);
+  account->SetStartingBalance(options.startingBalance);
+  account->SetStartingCheckNumber(options.startingCheck);
+  if (!SaveBook(context, *book)) return 1;
+  context.out << "Created account \"" << account->GetName() << "\" (number " << account->GetNumber()
+              << ", " << currency->code() << ")\n";
+  return 0;
+}
+
+int ListAccounts(Context& context, bool json) {
+  auto book = OpenBook(context);
+  if (!book) return 1;
+  if (json) {
+    context.out << "[";
+    bool first = true;
+    for (const auto& account : book->accounts()) {
+      context.out << (first ? "\n" : ",\n") << "  {\"number\": " << account->GetNumber()
+                  << ", \"name\": " << JsonString(account->GetName())
+                  << ", \"currency\": " << JsonString(account->currency()->code())
+                  << ", \"balance\": " << PlainAmount(account->GetBalance()) << "}";
+      first = false;
+    }
+    context.out << (first ? "]\n" : "\n]\n");
+    return 0;
+  }
+  std::size_t width = 4;
+  for (const auto& account : book->accounts())
+    width = std::max(width, DisplayWidth(account->GetName()));
+  context.out << Pad("Name", width) << "  " << std::setw(16) << "Balance"
+              << "  Currency\n";
+  for (const auto& account : book->accounts()) {
+    context.out << Pad(account->GetName(), width) << "  "
+                << PadLeft(FormatAmount(*account->currency(), account->GetBalance()), 16) << "  "
+                << account->currency()->code() << '\n';
+  }
+  return 0;
+}
+
+}  // namespace
+
+void RegisterAccountCommand(CLI::App& app, Context& context, CommandList& actions) {
+  CLI::App* account = app.add_subcommand("account", "Create and list accounts");
+  account->require_subcommand(1);
+
+  auto options = std::make_shared<NewAccountOptions>();
+  CLI::App* create = account->add_subcommand("new", "Create an account");
+  create->add_option("NAME", options->name, "Name of the account")->required();
+  create->add_option("--currency", options->currency, "Currency code (default: the base currency)");
+  create->add_option("--starting-balance", options->startingBalance, "Opening balance");
+  create->add_option("--starting-check", options->startingCheck, "First check number")
+      ->check(CLI::NonNegativeNumber);
+  actions.emplace_back(create, [&context, options]() { return NewAccount(context, *options); });
+
+  auto json = std::make_shared<bool>(false);
+  CLI::App* list = account->add_subcommand("list", "List the accounts with their balances");
+  list->add_flag("--json", *json, "Print JSON");
+  actions.emplace_back(list, [&context, json]() { return ListAccounts(context, *json); });
+}
+
+}  // namespace folvant::app

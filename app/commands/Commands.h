@@ -1,0 +1,17 @@
+#pragma once
+
+#include <utility>
+#include <vector>
+
+#include "app/Program.h"
+
+namespace folvant::app {
+
+using CommandList = std::vector<std::pair<CLI::App*, CommandAction>>;
+
+// One function per command file.
+void RegisterInitCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterAccountCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterRegisterCommand(CLI::App& app, Context& context, CommandList& actions);
+
+}  // namespace folvant::app

@@ -1,0 +1,23 @@
+#include <ostream>
+
+#include "app/Book.h"
+#include "app/Output.h"
+#include "app/commands/Commands.h"
+
+namespace folvant::app {
+
+void RegisterInitCommand(CLI::App& app, Context& context, CommandList& actions) {
+  auto directory = std::make_shared<std::string>();
+  CLI::App* init = app.add_subcommand("init", "Create a new, empty book");
+  init->add_option("DIR", *directory, "Folder of the new book (default: --book or $FOLVANT_BOOK)");
+  actions.emplace_back(init, [&context, directory]() {
+    const auto path = Book::Locate(directory->empty() ? context.book : *directory);
+    std::string error;
+    auto book = Book::Create(path, error);
+    if (!book) return Fail(context, error);
+    context.out << "Created a book in " << path.string() << '\n';
+    return 0;
+  });
+}
+
+}  // namespace folvant::app

@@ -1,0 +1,254 @@
+// Account-model speed and memory on a generated account of 1,000,000 register entries:
+// building the account from its stored form and writing it back, balances, running balances,
+// check numbering, register sorting, and loading and saving the account file end to end
+// (binary property list). The resident size per loaded entry is reported as a counter of
+// BM_LoadedEntryMemory.
+//
+//   model_bench [--entries=N] [Google Benchmark flags]
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "folvant/model/ZELMAccount.h"
+#include "folvant/platform/plist/PropertyList.h"
+
+namespace {
+
+using folvant::ZELMAccount;
+using folvant::ZELMAccountEntry;
+namespace plist = folvant::plist;
+
+std::size_t g_entries = 1'000'000;
+
+std::vector<std::string> Texts() {
+  static const char* const kNames[] = {"Grocer",  "Shell",    "City Water", "Landlord",
+                                       "Payroll", "Pharmacy", "Café Müller", "Bookshop",
+                                       "Insurance Co.", "Mobile Phone", "Gym", "Bakery"};
+  static const char* const kTails[] = {"", " weekly", " #2291", " - monthly payment",
+                                       " downtown branch", " (refund)"};
+  std::vector<std::string> texts;
+  for (const char* name : kNames) {
+    for (const char* tail : kTails) texts.push_back(std::string(name) + tail);
+  }
+  return texts;
+}
+
+// A register as a household builds it over 35 years: mostly debits, a quarter of them checks,
+// some deposits, a few void entries, notes and split entries.
+std::unique_ptr<ZELMAccount> MakeAccount(std::size_t count) {
+  auto account = std::make_unique<ZELMAccount>();
+  account->SetName("Everyday Checking");
+  account->SetNumber(1);
+  account->SetPassword("");
+  account->SetStartingBalance(1500.0);
+  std::mt19937 random(20080229);
+  const std::vector<std::string> texts = Texts();
+  auto text = [&] { return texts[random() % texts.size()]; };
+  std::int32_t check = 1000;
+  for (std::size_t i = 0; i < count; ++i) {
+    auto entry = std::make_shared<ZELMAccountEntry>();
+    entry->SetNumber(account->NextAvailableNumber());
+    const auto year = static_cast<std::int32_t>(1990 + i * 35 / count);
+    entry->SetDate(year * 10000 + static_cast<std::int32_t>(1 + random() % 12) * 100 +
+                   static_cast<std::int32_t>(1 + random() % 28));
+    const bool deposit = random() % 5 == 0;
+    entry->SetIsDeposit(deposit);
+    entry->SetIsDebit(!deposit);
+    entry->SetAmount((deposit ? 1.0 : -1.0) * static_cast<double>(random() % 100000) / 100.0);
+    if (!deposit && random() % 4 == 0) {
+      entry->SetIsCheck(true);
+      entry->SetCheckNumber(check++);
+    }
+    entry->SetType(static_cast<std::int32_t>(random() % 13));
+    entry->SetCategory(static_cast<std::int32_t>(random() % 60));
+    entry->SetDescription(text());
+    entry->SetToFrom(text());
+    entry->SetCleared(random() % 3 != 0 ? 1 : 0);
+    entry->SetVoid(random() % 200 == 0);
+    if (random() % 10 == 0) entry->SetNotes(text() + " note");
+    if (random() % 20 == 0) {
+      entry->addSplitLineItemWithCategory(3, text(), text(), -10.0);
+      entry->addSplitLineItemWithCategory(4, text(), text(), -5.5);
+    }
+    account->AddEntry(entry);
+  }
+  return account;
+}
+
+ZELMAccount& Shared() {
+  static std::unique_ptr<ZELMAccount> account = MakeAccount(g_entries);
+  return *account;
+}
+
+const plist::Dictionary& SharedStored() {
+  static const plist::Dictionary stored = Shared().asDictionary();
+  return stored;
+}
+
+const std::filesystem::path& SharedFile() {
+  static const std::filesystem::path path = [] {
+    auto file = std::filesystem::temp_directory_path() /
+                ("folvant_model_bench_" + std::to_string(getpid()) + ".plist");
+    std::ofstream(file, std::ios::binary) << plist::Write(SharedStored(), plist::Format::kBinary);
+    std::atexit([] { std::filesystem::remove(SharedFile()); });
+    return file;
+  }();
+  return path;
+}
+
+void Shuffle(ZELMAccount& account) {
+  // Through the public store: take the list, shuffle it, put it back.
+  ZELMAccount::EntryList entries = account.GetEntries();
+  std::shuffle(entries.begin(), entries.end(), std::mt19937(7));
+  account.SetEntries(std::move(entries));
+}
+
+double ResidentBytes() {
+  long pages = 0, resident = 0;
+  if (FILE* statm = std::fopen("/proc/self/statm", "r")) {
+    if (std::fscanf(statm, "%ld %ld", &pages, &resident) != 2) resident = 0;
+    std::fclose(statm);
+  }
+  return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE));
+}
+
+void BM_AccountFromDictionary(benchmark::State& state) {
+  const plist::Dictionary& stored = SharedStored();
+  for (auto _ : state) {
+    auto account = std::make_unique<ZELMAccount>(&stored);
+    benchmark::DoNotOptimize(account->GetEntries().data());
+    state.PauseTiming();  // freeing 1M entries is not part of the load
+    account.reset();
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(g_entries));
+}
+
+void BM_AccountAsDictionary(benchmark::State& state) {
+  const ZELMAccount& account = Shared();
+  for (auto _ : state) {
+    plist::Dictionary stored = account.asDictionary();
+    benchmark::DoNotOptimize(stored.size());
+    state.PauseTiming();
+    { plist::Dictionary gone = std::move(stored); }
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(g_entries));
+}
+
+void BM_GetBalance(benchmark::State& state) {
+  const ZELMAccount& account = Shared();
+  for (auto _ : state) benchmark::DoNotOptimize(account.GetBalance());
+}
+
+void BM_CacheRunningBalances(benchmark::State& state) {
+  ZELMAccount& account = Shared();
+  for (auto _ : state) account.CacheRunningBalances();
+}
+
+void BM_NextAvailableCheckNumber(benchmark::State& state) {
+  const ZELMAccount& account = Shared();
+  for (auto _ : state) benchmark::DoNotOptimize(account.NextAvailableCheckNumber());
+}
+
+// Each round starts from a shuffled register, as after an import.
+void SortBench(benchmark::State& state, std::int32_t key) {
+  ZELMAccount& account = Shared();
+  for (auto _ : state) {
+    state.PauseTiming();
+    Shuffle(account);
+    state.ResumeTiming();
+    account.SortBy(key, false);
+  }
+}
+
+void BM_SortByDate(benchmark::State& state) { SortBench(state, 1); }
+void BM_SortByDescription(benchmark::State& state) { SortBench(state, 3); }
+
+void BM_LoadAccountFile(benchmark::State& state) {
+  const std::filesystem::path& path = SharedFile();
+  for (auto _ : state) {
+    auto account = [&] {
+      auto tree = plist::ReadFile(path);
+      return std::make_unique<ZELMAccount>(tree.value().asDictionary());
+    }();
+    benchmark::DoNotOptimize(account.get());
+    state.PauseTiming();
+    account.reset();
+    state.ResumeTiming();
+  }
+}
+
+void BM_SaveAccountFile(benchmark::State& state) {
+  const ZELMAccount& account = Shared();
+  const auto path = SharedFile().string() + ".out";
+  for (auto _ : state) {
+    const std::string bytes = plist::Write(account.asDictionary(), plist::Format::kBinary);
+    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  }
+  std::filesystem::remove(path);
+}
+
+// Resident memory of the loaded objects alone: measured after the property-list tree is freed
+// and the allocator has given its pages back.
+void BM_LoadedEntryMemory(benchmark::State& state) {
+  const std::filesystem::path& path = SharedFile();
+  double per_entry = 0.0;
+  for (auto _ : state) {
+    malloc_trim(0);
+    const double before = ResidentBytes();
+    std::unique_ptr<ZELMAccount> account;
+    {
+      auto tree = plist::ReadFile(path);
+      account = std::make_unique<ZELMAccount>(tree.value().asDictionary());
+    }
+    malloc_trim(0);
+    per_entry = (ResidentBytes() - before) / static_cast<double>(account->GetEntries().size());
+    state.PauseTiming();
+    account.reset();
+    state.ResumeTiming();
+  }
+  state.counters["bytes_per_entry"] = per_entry;
+}
+
+constexpr auto kMs = benchmark::kMillisecond;
+BENCHMARK(BM_AccountFromDictionary)->Unit(kMs);
+BENCHMARK(BM_AccountAsDictionary)->Unit(kMs);
+BENCHMARK(BM_GetBalance)->Unit(kMs);
+BENCHMARK(BM_CacheRunningBalances)->Unit(kMs);
+BENCHMARK(BM_NextAvailableCheckNumber)->Unit(kMs);
+BENCHMARK(BM_SortByDate)->Unit(kMs);
+BENCHMARK(BM_SortByDescription)->Unit(kMs);
+BENCHMARK(BM_LoadAccountFile)->Unit(kMs);
+BENCHMARK(BM_SaveAccountFile)->Unit(kMs);
+BENCHMARK(BM_LoadedEntryMemory)->Unit(kMs)->Iterations(1);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    if (std::strncmp(argv[i], "--entries=", 10) == 0) {
+      g_entries = std::strtoull(argv[i] + 10, nullptr, 10);
+      // Hide the flag from Google Benchmark.
+      for (int j = i; j + 1 < argc; ++j) argv[j] = argv[j + 1];
+      --argc;
+      --i;
+    }
+  }
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

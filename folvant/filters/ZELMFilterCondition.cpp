@@ -1,0 +1,634 @@
+#include "folvant/filters/ZELMFilterCondition.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <unordered_map>
+#include <utility>
+
+#include "folvant/kit/DateRangeForMnemonic.h"
+#include "folvant/model/ZELMAccount.h"
+#include "folvant/model/ZELMAccountEntry.h"
+#include "folvant/model/ZELMAccountEntryCategory.h"
+#include "folvant/model/ZELMAccountEntryType.h"
+#include "folvant/model/ZELMAccountScheduleCalendar.h"
+#include "folvant/model/ZELMAccountsController.h"
+#include "folvant/platform/Clock.h"
+#include "folvant/platform/Text.h"
+#include "folvant/platform/UserSettings.h"
+#include "folvant/values/ZELMUtilities.h"
+
+namespace folvant {
+namespace {
+
+using EntryList = ZELMFilterCondition::EntryList;
+using schedule::AddYearsMonthsDays;
+using schedule::Day;
+
+constexpr std::array<char, 256> MakeLowerTable() {
+  std::array<char, 256> table{};
+  for (int c = 0; c < 256; ++c) {
+    table[static_cast<std::size_t>(c)] =
+        static_cast<char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
+  }
+  return table;
+}
+constexpr std::array<char, 256> kLower = MakeLowerTable();
+
+// The identity or the ASCII lower-casing of one byte.
+struct AsIs {
+  char operator()(char c) const { return c; }
+};
+struct AsciiLower {
+  char operator()(char c) const { return kLower[static_cast<unsigned char>(c)]; }
+};
+
+bool IsAscii(std::string_view text) {
+  for (char c : text) {
+    if (static_cast<unsigned char>(c) >= 0x80) return false;
+  }
+  return true;
+}
+
+// A text qualifier on a field whose bytes `fold` brings to the case-folded form of the needle.
+// An empty needle is found nowhere, as the platform's anchored and unanchored searches answer.
+template <typename Fold>
+bool MatchText(std::string_view field, std::string_view needle, std::int32_t qualifier,
+               Fold fold) {
+  const std::size_t n = needle.size();
+  if (n == 0 || n > field.size()) return false;
+  const auto equal_at = [&](std::size_t at) {
+    for (std::size_t j = 0; j < n; ++j) {
+      if (fold(field[at + j]) != needle[j]) return false;
+    }
+    return true;
+  };
+  switch (qualifier) {
+    case ZELMFilterCondition::kQualifierContains: {
+      const char first = needle[0];
+      for (std::size_t i = 0, end = field.size() - n; i <= end; ++i) {
+        if (fold(field[i]) == first && equal_at(i)) return true;
+      }
+      return false;
+    }
+    case ZELMFilterCondition::kQualifierStartsWith:
+      return equal_at(0);
+    case ZELMFilterCondition::kQualifierEndsWith:
+      return equal_at(field.size() - n);
+    case ZELMFilterCondition::kQualifierIsEqualTo:
+      return field.size() == n && equal_at(0);
+    default:
+      return false;
+  }
+}
+
+// The outcome of looking up a type or category name and testing it.
+enum Outcome : std::int8_t { kUnknown = 0, kNotFound, kNoMatch, kMatch };
+
+// Remembers outcomes per owner (an account or an accounts controller) and number, so that each
+// name is looked up, built and tested once per filtering instead of once per entry. Small
+// non-negative numbers, which is what accounts hand out, go to a flat table.
+class OutcomeMemo {
+ public:
+  template <typename Compute>
+  Outcome Get(const void* owner, std::int32_t number, Compute&& compute) {
+    Table& table = TableFor(owner);
+    Outcome* slot;
+    if (number >= 0 && number < kDenseLimit) {
+      const auto index = static_cast<std::size_t>(number);
+      if (table.dense.size() <= index) table.dense.resize(index + 1, kUnknown);
+      slot = &table.dense[index];
+    } else {
+      slot = &table.sparse[number];
+    }
+    if (*slot == kUnknown) *slot = compute();
+    return *slot;
+  }
+
+ private:
+  static constexpr std::int32_t kDenseLimit = 1 << 16;
+  struct Table {
+    const void* owner;
+    std::vector<Outcome> dense;
+    std::unordered_map<std::int32_t, Outcome> sparse;
+  };
+
+  Table& TableFor(const void* owner) {
+    if (last_ < tables_.size() && tables_[last_].owner == owner) return tables_[last_];
+    for (last_ = 0; last_ < tables_.size(); ++last_) {
+      if (tables_[last_].owner == owner) return tables_[last_];
+    }
+    tables_.push_back(Table{owner, {}, {}});
+    return tables_.back();
+  }
+
+  std::vector<Table> tables_;
+  std::size_t last_ = 0;
+};
+
+// The first and second values of a date condition's data; values not given are 0.
+std::pair<std::int64_t, std::int64_t> DateOperands(const plist::Value& data) {
+  if (const plist::Array* array = data.asArray()) {
+    const std::int64_t a = array->empty() ? 0 : (*array)[0].intValue();
+    const std::int64_t b = array->size() < 2 ? 0 : (*array)[1].intValue();
+    return {a, b};
+  }
+  return {data.intValue(), 0};
+}
+
+// The closed range of date numbers that a date qualifier accepts, with "today" and the kit
+// ranges resolved once. An empty range (first > last) matches nothing.
+struct DateSpan {
+  std::int64_t first = 1;
+  std::int64_t last = 0;
+};
+
+DateSpan DaySpan(Day first, Day last) {
+  return {schedule::DateNumberFromDay(first), schedule::DateNumberFromDay(last)};
+}
+
+DateSpan KitSpan(std::int32_t code, std::int32_t today) {
+  const std::optional<DateRange> range = DateRangeForMnemonic(code, today);
+  if (!range) return {};
+  return {range->start, range->end};
+}
+
+DateSpan SpanForDateQualifier(std::int32_t qualifier, std::int64_t a, std::int64_t b) {
+  constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
+  constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
+  // The absolute qualifiers compare with the data's date numbers as they are.
+  switch (qualifier) {
+    case ZELMFilterCondition::kQualifierBefore:
+      return {kMin, a - 1};
+    case ZELMFilterCondition::kQualifierExactly:
+      return {a, a};
+    case ZELMFilterCondition::kQualifierAfter:
+      return {a + 1, kMax};
+    case ZELMFilterCondition::kQualifierBetween:
+      return {a, b};
+    default:
+      break;
+  }
+
+  const std::int32_t today_number = platform::Today();
+  const Day today = schedule::DayFromDateNumber(today_number);
+  const auto kit = [&](std::int32_t code) {
+    const std::optional<DateRange> range = DateRangeForMnemonic(code, today_number);
+    return range ? std::pair{schedule::DayFromDateNumber(range->start),
+                             schedule::DayFromDateNumber(range->end)}
+                 : std::pair{today, today};
+  };
+  switch (qualifier) {
+    case ZELMFilterCondition::kQualifierToday: {
+      const DateSpan span = KitSpan(kMnemonicToday, today_number);
+      return {span.first, span.first};
+    }
+    case ZELMFilterCondition::kQualifierYesterday: {
+      const DateSpan span = KitSpan(kMnemonicYesterday, today_number);
+      return {span.first, span.first};
+    }
+    // Days.
+    case 20:
+      return DaySpan(today - (a - 1), today);
+    case 21:
+      return DaySpan(today, today + (a - 1));
+    case 22:
+      return DaySpan(today - a, today - b);
+    // Weeks. "In the next 1 week" reaches only the week's first day, and 32 counts its upper
+    // bound back from its lower one, so for positive counts it is empty; both are kept as
+    // saved smart folders have always evaluated them.
+    case 30: {
+      const auto [start, end] = kit(kMnemonicThisWeek);
+      return DaySpan(start - 7 * (a - 1), end);
+    }
+    case 31: {
+      const Day start = kit(kMnemonicThisWeek).first;
+      return DaySpan(start, start + 7 * (a - 1));
+    }
+    case 32: {
+      const Day sunday = today - schedule::Weekday(today);
+      const Day low = sunday - 7 * a;
+      return DaySpan(low, low - 7 * b);
+    }
+    // Months. 42 moves from today by whole months (the day clamped to the month's length)
+    // and then back to the first of the month in days, in one step: on 31 March the month
+    // before is clamped to 28 or 29 February and then moved back 30 days, into January.
+    case 40: {
+      const auto [start, end] = kit(kMnemonicThisMonth);
+      return DaySpan(AddYearsMonthsDays(start, 0, 1 - a, 0), end);
+    }
+    case 41: {
+      const Day start = kit(kMnemonicThisMonth).first;
+      return DaySpan(start, AddYearsMonthsDays(start, 0, a, -1));
+    }
+    case 42: {
+      const std::int64_t back = 1 - schedule::CivilFromDay(today).day;
+      return DaySpan(AddYearsMonthsDays(today, 0, -a, back), AddYearsMonthsDays(today, 0, -b, back));
+    }
+    // Quarters. The end of 51 keeps the quarter's last day number, clamped: 30 September plus
+    // a quarter is 30 December.
+    case 50: {
+      const auto [start, end] = kit(kMnemonicThisQuarter);
+      return DaySpan(AddYearsMonthsDays(start, 0, 3 - 3 * a, 0), end);
+    }
+    case 51: {
+      const auto [start, end] = kit(kMnemonicThisQuarter);
+      return DaySpan(start, AddYearsMonthsDays(end, 0, 3 * (a - 1), 0));
+    }
+    // Years.
+    case 60: {
+      const auto [start, end] = kit(kMnemonicThisYear);
+      return DaySpan(AddYearsMonthsDays(start, 1 - a, 0, 0), end);
+    }
+    case 61: {
+      const auto [start, end] = kit(kMnemonicThisYear);
+      return DaySpan(start, AddYearsMonthsDays(end, a - 1, 0, 0));
+    }
+    // "Between N and M quarters or years ago" have always come out empty.
+    case 52:
+    case 62:
+      return {};
+    // During this unit, the previous unit, and this unit to date.
+    case 33:
+      return KitSpan(kMnemonicThisWeek, today_number);
+    case 43:
+      return KitSpan(kMnemonicThisMonth, today_number);
+    case 53:
+      return KitSpan(kMnemonicThisQuarter, today_number);
+    case 63:
+      return KitSpan(kMnemonicThisYear, today_number);
+    case 34:
+      return KitSpan(kMnemonicLastWeek, today_number);
+    case 44:
+      return KitSpan(kMnemonicLastMonth, today_number);
+    case 54:
+      return KitSpan(kMnemonicLastQuarter, today_number);
+    case 64:
+      return KitSpan(kMnemonicLastYear, today_number);
+    case 35:
+      return KitSpan(kMnemonicWeekToDate, today_number);
+    case 45:
+      return KitSpan(kMnemonicMonthToDate, today_number);
+    case 55:
+      return KitSpan(kMnemonicQuarterToDate, today_number);
+    case 65:
+      return KitSpan(kMnemonicYearToDate, today_number);
+    default:
+      return {};
+  }
+}
+
+bool IsTextCategory(std::int32_t category) {
+  switch (category) {
+    case ZELMFilterCondition::kCategoryDescription:
+    case ZELMFilterCondition::kCategoryType:
+    case ZELMFilterCondition::kCategoryToFrom:
+    case ZELMFilterCondition::kCategoryCategory:
+    case ZELMFilterCondition::kCategoryCheckString:
+    case ZELMFilterCondition::kCategoryAmountString:
+    case ZELMFilterCondition::kCategorySplitCategory:
+    case ZELMFilterCondition::kCategorySplitDescription:
+    case ZELMFilterCondition::kCategoryNotes:
+    case ZELMFilterCondition::kCategoryGeneral:
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool IsBooleanCategory(std::int32_t category) {
+  return category == ZELMFilterCondition::kCategoryCheck ||
+         category == ZELMFilterCondition::kCategoryCleared ||
+         category == ZELMFilterCondition::kCategoryTaxDeductible ||
+         category == ZELMFilterCondition::kCategoryVoid;
+}
+
+}  // namespace
+
+// ---- The condition --------------------------------------------------------------------------
+
+ZELMFilterCondition::ZELMFilterCondition() = default;
+
+ZELMFilterCondition::ZELMFilterCondition(const plist::Dictionary* dict) {
+  if (dict == nullptr) return;
+  if (const plist::Value* v = dict->find("category")) setCategory(v->intValue());
+  if (const plist::Value* v = dict->find("logic")) setLogic(v->intValue());
+  if (const plist::Value* v = dict->find("qualifier")) setQualifier(v->intValue());
+  if (const plist::Value* v = dict->find("data")) setData(*v);
+}
+
+ZELMFilterCondition::ZELMFilterCondition(std::int32_t category, std::int32_t qualifier,
+                                         std::int32_t logic, plist::Value data) {
+  setCategory(category);
+  setQualifier(qualifier);
+  setLogic(logic);
+  setData(std::move(data));
+}
+
+plist::Dictionary ZELMFilterCondition::asDictionary() const {
+  plist::Dictionary dict;
+  dict.append("category", category_);
+  dict.append("logic", logic_);
+  dict.append("qualifier", qualifier_);
+  if (!data_.isNone()) dict.append("data", data_);
+  return dict;
+}
+
+EntryList ZELMFilterCondition::FilterAs(std::int32_t category, const EntryList& entries) const {
+  Prepared prepared(*this, category);
+  std::vector<std::uint8_t> keep(entries.size());
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    keep[i] = entries[i] && prepared.Keeps(*entries[i]);
+    count += keep[i];
+  }
+  EntryList result;
+  result.reserve(count);
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    if (keep[i]) result.push_back(entries[i]);
+  }
+  return result;
+}
+
+EntryList ZELMFilterCondition::filterEntries(const EntryList& entries) const {
+  return FilterAs(category_, entries);
+}
+
+EntryList ZELMFilterCondition::filter_Description(const EntryList& entries) const {
+  return FilterAs(kCategoryDescription, entries);
+}
+EntryList ZELMFilterCondition::filter_Date(const EntryList& entries) const {
+  return FilterAs(kCategoryDate, entries);
+}
+EntryList ZELMFilterCondition::filter_Amount(const EntryList& entries) const {
+  return FilterAs(kCategoryAmount, entries);
+}
+EntryList ZELMFilterCondition::filter_Type(const EntryList& entries) const {
+  return FilterAs(kCategoryType, entries);
+}
+EntryList ZELMFilterCondition::filter_Check(const EntryList& entries) const {
+  return FilterAs(kCategoryCheck, entries);
+}
+EntryList ZELMFilterCondition::filter_ToFrom(const EntryList& entries) const {
+  return FilterAs(kCategoryToFrom, entries);
+}
+EntryList ZELMFilterCondition::filter_Cleared(const EntryList& entries) const {
+  return FilterAs(kCategoryCleared, entries);
+}
+EntryList ZELMFilterCondition::filter_TaxDeductible(const EntryList& entries) const {
+  return FilterAs(kCategoryTaxDeductible, entries);
+}
+EntryList ZELMFilterCondition::filter_Category(const EntryList& entries) const {
+  return FilterAs(kCategoryCategory, entries);
+}
+EntryList ZELMFilterCondition::filter_Void(const EntryList& entries) const {
+  return FilterAs(kCategoryVoid, entries);
+}
+EntryList ZELMFilterCondition::filter_CheckString(const EntryList& entries) const {
+  return FilterAs(kCategoryCheckString, entries);
+}
+EntryList ZELMFilterCondition::filter_AmountString(const EntryList& entries) const {
+  return FilterAs(kCategoryAmountString, entries);
+}
+EntryList ZELMFilterCondition::filter_SplitCategory(const EntryList& entries) const {
+  return FilterAs(kCategorySplitCategory, entries);
+}
+EntryList ZELMFilterCondition::filter_SplitDescription(const EntryList& entries) const {
+  return FilterAs(kCategorySplitDescription, entries);
+}
+EntryList ZELMFilterCondition::filter_Notes(const EntryList& entries) const {
+  return FilterAs(kCategoryNotes, entries);
+}
+EntryList ZELMFilterCondition::filter_General(const EntryList& entries) const {
+  return FilterAs(kCategoryGeneral, entries);
+}
+
+// ---- The prepared condition -----------------------------------------------------------------
+
+struct ZELMFilterCondition::Prepared::Lookups {
+  OutcomeMemo types;           // per account: the type's name
+  OutcomeMemo categories;      // per account: the category's full name
+  OutcomeMemo splitCategories;  // per accounts controller: the category's own name
+};
+
+ZELMFilterCondition::Prepared::Prepared(const ZELMFilterCondition& condition)
+    : Prepared(condition, condition.category()) {}
+
+ZELMFilterCondition::Prepared::Prepared(const ZELMFilterCondition& condition,
+                                        std::int32_t category)
+    : category_(category), qualifier_(condition.qualifier()), logic_(condition.logic() != 0) {
+  const plist::Value* data = condition.data();
+  if (data == nullptr) return;
+  if (IsTextCategory(category)) {
+    const std::string* text = data->asString();
+    if (text == nullptr || text->empty()) return;
+    mode_ = Mode::kText;
+    if (category == kCategoryAmountString) {
+      const platform::UserSettings& settings = platform::CurrentUserSettings();
+      decimalSeparator_ = settings.decimalSeparator;
+      // The user may type the amount with thousands separators; the printed amount has none.
+      std::string cleaned = *text;
+      const std::string& separator = settings.thousandsSeparator;
+      if (!separator.empty()) {
+        for (std::size_t at = cleaned.find(separator); at != std::string::npos;
+             at = cleaned.find(separator, at)) {
+          cleaned.erase(at, separator.size());
+        }
+      }
+      needle_ = platform::CaseFold(cleaned);
+    } else {
+      needle_ = platform::CaseFold(*text);
+    }
+    needleAscii_ = IsAscii(needle_);
+    lookups_ = std::make_unique<Lookups>();
+  } else if (IsBooleanCategory(category)) {
+    if (!data->isNumber()) return;
+    mode_ = Mode::kBoolean;
+    flag_ = data->boolValue();
+  } else if (category == kCategoryAmount) {
+    if (!data->isNumber()) return;
+    mode_ = Mode::kAmount;
+    // The tolerance is fixed: amounts within 0.4 of the data are "the same".
+    const double x = data->doubleValue();
+    low_ = x - 0.4;
+    high_ = x + 0.4;
+  } else if (category == kCategoryDate) {
+    mode_ = Mode::kDate;
+    const auto [a, b] = DateOperands(*data);
+    const DateSpan span = SpanForDateQualifier(qualifier_, a, b);
+    first_ = span.first;
+    last_ = span.last;
+  }
+}
+
+ZELMFilterCondition::Prepared::~Prepared() = default;
+ZELMFilterCondition::Prepared::Prepared(Prepared&&) noexcept = default;
+ZELMFilterCondition::Prepared& ZELMFilterCondition::Prepared::operator=(Prepared&&) noexcept =
+    default;
+
+bool ZELMFilterCondition::Prepared::Keeps(const ZELMAccountEntry& entry) {
+  switch (mode_) {
+    case Mode::kEverything:
+      return true;
+    case Mode::kText:
+      return KeepsText(entry);
+    case Mode::kBoolean: {
+      bool flag = false;
+      switch (category_) {
+        case kCategoryCheck:
+          flag = entry.IsCheck();
+          break;
+        case kCategoryCleared:
+          flag = entry.GetCleared() != 0;
+          break;
+        case kCategoryTaxDeductible:
+          flag = entry.GetTaxDeductible();
+          break;
+        default:
+          flag = entry.GetVoid();
+          break;
+      }
+      return (qualifier_ == kQualifierIsSet && flag == flag_) == logic_;
+    }
+    case Mode::kAmount: {
+      const double amount = entry.GetAmount();
+      bool match = false;
+      switch (qualifier_) {
+        case kQualifierIs:
+          match = low_ < amount && amount < high_;
+          break;
+        case kQualifierIsMoreThan:
+          match = amount > high_;
+          break;
+        case kQualifierIsLessThan:
+          match = amount < low_;
+          break;
+        default:
+          break;
+      }
+      return match == logic_;
+    }
+    case Mode::kDate: {
+      const std::int64_t date = entry.GetDate();
+      return (first_ <= date && date <= last_) == logic_;
+    }
+  }
+  return true;
+}
+
+bool ZELMFilterCondition::Prepared::MatchesText(std::string_view field) {
+  if (IsAscii(field)) {
+    // A folded needle with non-ASCII bytes cannot occur in folded ASCII text.
+    return needleAscii_ && MatchText(field, needle_, qualifier_, AsciiLower{});
+  }
+  const std::string folded = platform::CaseFold(field);
+  return MatchText(folded, needle_, qualifier_, AsIs{});
+}
+
+std::string_view ZELMFilterCondition::Prepared::AmountText(double amount) {
+  // "###0.00": two decimals rounded half away from zero on the amount's shortest decimal
+  // form, no grouping, the user's decimal separator, a minus sign for negative amounts.
+  if (std::isnan(amount)) return "NaN";
+  if (std::isinf(amount)) return amount < 0 ? "-\u221e" : "\u221e";
+  const std::string digits = RoundedDecimalDigits(amount, 2);
+  scratch_.clear();
+  if (amount < 0) scratch_.push_back('-');
+  if (digits.size() < 3) {
+    scratch_.push_back('0');
+    scratch_ += decimalSeparator_;
+    scratch_.append(3 - digits.size() - 1, '0');
+    scratch_ += digits;
+  } else {
+    scratch_.append(digits, 0, digits.size() - 2);
+    scratch_ += decimalSeparator_;
+    scratch_.append(digits, digits.size() - 2, 2);
+  }
+  return scratch_;
+}
+
+bool ZELMFilterCondition::Prepared::MatchesNamedLookup(const ZELMAccountEntry& entry, bool type,
+                                                       bool* found) {
+  const ZELMAccount* account = entry.GetAccount();
+  const std::int32_t number = type ? entry.GetType() : entry.GetCategory();
+  OutcomeMemo& memo = type ? lookups_->types : lookups_->categories;
+  const Outcome outcome = memo.Get(account, number, [&] {
+    if (account == nullptr) return kNotFound;
+    std::string name;
+    if (type) {
+      const std::shared_ptr<ZELMAccountEntryType> t = account->accountEntryTypeForNumber(number);
+      if (!t) return kNotFound;
+      name = t->GetName();
+    } else {
+      const std::shared_ptr<ZELMAccountEntryCategory> c =
+          account->accountEntryCategoryForNumber(number);
+      if (!c) return kNotFound;
+      name = c->fullName();
+    }
+    return MatchesText(name) ? kMatch : kNoMatch;
+  });
+  *found = outcome != kNotFound;
+  return outcome == kMatch;
+}
+
+bool ZELMFilterCondition::Prepared::KeepsText(const ZELMAccountEntry& entry) {
+  switch (category_) {
+    case kCategoryDescription:
+      return MatchesText(entry.GetDescription()) == logic_;
+    case kCategoryToFrom:
+      return MatchesText(entry.GetToFrom()) == logic_;
+    case kCategoryNotes:
+      return MatchesText(entry.GetNotes()) == logic_;
+    case kCategoryCheckString: {
+      char buffer[16];
+      const auto result = std::to_chars(buffer, buffer + sizeof buffer, entry.GetCheckNumber());
+      return MatchesText(std::string_view(buffer, static_cast<std::size_t>(result.ptr - buffer))) ==
+             logic_;
+    }
+    case kCategoryAmountString:
+      return MatchesText(AmountText(entry.GetAmount())) == logic_;
+    case kCategoryType:
+    case kCategoryCategory: {
+      // An entry whose number finds nothing is in neither result.
+      bool found = false;
+      const bool match = MatchesNamedLookup(entry, category_ == kCategoryType, &found);
+      return found && match == logic_;
+    }
+    case kCategorySplitCategory: {
+      const ZELMAccount* account = entry.GetAccount();
+      const ZELMAccountsController* controller =
+          account != nullptr ? account->accountsController() : nullptr;
+      // The first line item that passes keeps the entry; items whose category is not in the
+      // controller's tree are skipped, and an entry without items is dropped.
+      for (const auto& item : entry.splitLineItems()) {
+        const Outcome outcome =
+            lookups_->splitCategories.Get(controller, item->category(), [&] {
+              if (controller == nullptr) return kNotFound;
+              const std::shared_ptr<ZELMAccountEntryCategory> c =
+                  controller->categoryWithNumber(item->category());
+              if (!c) return kNotFound;
+              return MatchesText(c->name()) ? kMatch : kNoMatch;
+            });
+        if (outcome != kNotFound && (outcome == kMatch) == logic_) return true;
+      }
+      return false;
+    }
+    case kCategorySplitDescription:
+      for (const auto& item : entry.splitLineItems()) {
+        if (MatchesText(item->description()) == logic_) return true;
+      }
+      return false;
+    case kCategoryGeneral: {
+      bool found = false;
+      const bool match = MatchesText(entry.GetDescription()) ||
+                         MatchesNamedLookup(entry, true, &found) ||
+                         MatchesNamedLookup(entry, false, &found) ||
+                         MatchesText(entry.GetToFrom()) || MatchesText(entry.GetNotes());
+      return match == logic_;
+    }
+    default:
+      return true;
+  }
+}
+
+}  // namespace folvant

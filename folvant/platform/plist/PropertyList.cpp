@@ -1,0 +1,179 @@
+#include "folvant/platform/plist/PropertyList.h"
+
+#include <unicode/ustring.h>
+#include <unicode/utf16.h>
+#include <unicode/utf8.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "folvant/platform/plist/BinaryPlist.h"
+#include "folvant/platform/plist/XmlPlist.h"
+
+namespace folvant::plist {
+namespace {
+
+constexpr std::string_view kUtf8Bom = "\xEF\xBB\xBF";
+
+enum class TextEncoding { kUtf8, kUtf16LE, kUtf16BE };
+
+struct Detected {
+  TextEncoding encoding = TextEncoding::kUtf8;
+  std::size_t bom_size = 0;
+};
+
+// UTF-16 is recognised by its byte-order mark, or by a first character '<' (as some writers
+// leave the mark out); everything else is read as UTF-8.
+Detected DetectEncoding(std::string_view bytes) {
+  if (bytes.starts_with(kUtf8Bom)) return {TextEncoding::kUtf8, 3};
+  if (bytes.starts_with("\xFF\xFE")) return {TextEncoding::kUtf16LE, 2};
+  if (bytes.starts_with("\xFE\xFF")) return {TextEncoding::kUtf16BE, 2};
+  if (bytes.size() >= 2 && bytes[0] == '<' && bytes[1] == '\0') return {TextEncoding::kUtf16LE, 0};
+  if (bytes.size() >= 2 && bytes[0] == '\0' && bytes[1] == '<') return {TextEncoding::kUtf16BE, 0};
+  return {};
+}
+
+// The offset in the UTF-16 file of the character that starts at `utf8_offset` in its UTF-8
+// conversion, so that errors point into the file the user has.
+std::size_t Utf16Offset(std::string_view utf8, std::size_t utf8_offset, std::size_t bom_size) {
+  std::size_t units = 0;
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(utf8.data());
+  const auto end = static_cast<std::int64_t>(std::min(utf8_offset, utf8.size()));
+  for (std::int64_t i = 0; i < end;) {
+    UChar32 c;
+    U8_NEXT_OR_FFFD(bytes, i, end, c);
+    units += c >= 0x10000 ? 2 : 1;
+  }
+  return bom_size + 2 * units;
+}
+
+// The index of the first unpaired surrogate.
+std::size_t FirstUnpairedSurrogate(const std::vector<UChar>& units) {
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    if (U16_IS_LEAD(units[i]) && i + 1 < units.size() && U16_IS_TRAIL(units[i + 1])) {
+      ++i;
+    } else if (U16_IS_SURROGATE(units[i])) {
+      return i;
+    }
+  }
+  return units.size();
+}
+
+Expected<Value, ReadError> ReadUtf16Xml(std::string_view bytes, const Detected& detected) {
+  const std::string_view body = bytes.substr(detected.bom_size);
+  if (body.size() % 2 != 0) {
+    return Unexpected(ReadError{"UTF-16 text has an odd number of bytes", bytes.size() - 1});
+  }
+  std::vector<UChar> units(body.size() / 2);
+  const bool little_endian = detected.encoding == TextEncoding::kUtf16LE;
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    const auto first = static_cast<std::uint8_t>(body[2 * i]);
+    const auto second = static_cast<std::uint8_t>(body[2 * i + 1]);
+    units[i] = static_cast<UChar>(little_endian ? (second << 8 | first) : (first << 8 | second));
+  }
+  UErrorCode status = U_ZERO_ERROR;
+  int32_t length = 0;
+  const auto unit_count = static_cast<int32_t>(units.size());
+  u_strToUTF8(nullptr, 0, &length, units.data(), unit_count, &status);
+  std::string text;
+  if (status == U_BUFFER_OVERFLOW_ERROR || U_SUCCESS(status)) {
+    text.resize(static_cast<std::size_t>(length));
+    status = U_ZERO_ERROR;
+    u_strToUTF8(text.data(), length, nullptr, units.data(), unit_count, &status);
+  }
+  if (U_FAILURE(status)) {
+    return Unexpected(ReadError{"unpaired surrogate in UTF-16 text",
+                                detected.bom_size + 2 * FirstUnpairedSurrogate(units)});
+  }
+  std::string converted = text;  // kept to map error offsets back to the file
+  Expected<Value, ReadError> value = ReadXml(std::move(text));
+  if (!value) {
+    ReadError error = value.error();
+    error.offset = Utf16Offset(converted, error.offset, detected.bom_size);
+    return Unexpected(std::move(error));
+  }
+  return value;
+}
+
+// Reads XML text in whichever Unicode encoding it is in; UTF-8 is parsed in `bytes` itself.
+Expected<Value, ReadError> ReadText(std::string bytes) {
+  const Detected detected = DetectEncoding(bytes);
+  if (detected.encoding != TextEncoding::kUtf8) return ReadUtf16Xml(bytes, detected);
+  bytes.erase(0, detected.bom_size);
+  Expected<Value, ReadError> value = ReadXml(std::move(bytes));
+  if (!value) {
+    ReadError error = value.error();
+    error.offset += detected.bom_size;
+    return Unexpected(std::move(error));
+  }
+  return value;
+}
+
+// Reads a property list whose bytes the caller hands over, so that XML needs no copy.
+Expected<Value, ReadError> ReadOwned(std::string_view view, std::string* owned) {
+  if (view.empty()) return Unexpected(ReadError{"the property list is empty", 0});
+  const std::optional<Format> format = DetectFormat(view);
+  if (!format) {
+    return Unexpected(ReadError{"not a property list: neither XML nor \"bplist00\"", 0});
+  }
+  if (*format == Format::kBinary) {
+    if (!view.starts_with("bplist00")) {
+      return Unexpected(
+          ReadError{"binary property list version \"" + std::string(view.substr(0, 8)) +
+                        "\" is not supported",
+                    0});
+    }
+    return ReadBinary(view);
+  }
+  return ReadText(owned != nullptr ? std::move(*owned) : std::string(view));
+}
+
+}  // namespace
+
+std::optional<Format> DetectFormat(std::string_view bytes) {
+  if (bytes.starts_with("bplist")) return Format::kBinary;
+  const Detected detected = DetectEncoding(bytes);
+  if (detected.encoding != TextEncoding::kUtf8) return Format::kXml;
+  std::string_view text = bytes.substr(detected.bom_size);
+  while (!text.empty() && (text[0] == ' ' || text[0] == '\t' || text[0] == '\n' || text[0] == '\r')) {
+    text.remove_prefix(1);
+  }
+  if (text.starts_with("<")) return Format::kXml;
+  return std::nullopt;
+}
+
+Expected<Value, ReadError> Read(std::string_view bytes) { return ReadOwned(bytes, nullptr); }
+
+Expected<Value, ReadError> ReadFile(const std::filesystem::path& path) {
+  const auto fail = [&path](int error) {
+    return Unexpected(ReadError{
+        "cannot read " + path.string() + ": " + std::generic_category().message(error), 0});
+  };
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
+                                                       &std::fclose);
+  if (!file) return fail(errno);
+  std::string bytes;
+  std::error_code size_error;
+  const std::uintmax_t size = std::filesystem::file_size(path, size_error);
+  if (!size_error) bytes.reserve(static_cast<std::size_t>(size));
+  char buffer[1 << 16];
+  for (;;) {
+    const std::size_t got = std::fread(buffer, 1, sizeof buffer, file.get());
+    bytes.append(buffer, got);
+    if (got < sizeof buffer) break;
+  }
+  if (std::ferror(file.get())) return fail(errno);
+  const std::string_view view = bytes;
+  return ReadOwned(view, &bytes);
+}
+
+std::string Write(const Value& value, Format format) {
+  return format == Format::kBinary ? WriteBinary(value) : WriteXml(value);
+}
+
+}  // namespace folvant::plist

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "folvant/platform/Expected.h"
+#include "folvant/platform/plist/Value.h"
+
+namespace folvant::plist {
+
+// Property-list files: reading either encoding, writing the one asked for. Values are plain
+// trees (plist::Value); files never share storage with the values read from them.
+//
+// What survives a write and a read in both encodings: every kind and value exactly (integers
+// from INT64_MIN to UINT64_MAX, reals to the last bit including NaN and infinities, strings
+// byte for byte), except that XML keeps dates to the whole second, as every XML writer does.
+// A none value has no stored form: it is left out of arrays and dictionaries.
+enum class Format { kXml, kBinary };
+
+// Why a property list could not be read, and where: a byte offset from the start of the file
+// (for UTF-16 XML, of the UTF-16 file).
+struct ReadError {
+  std::string what;
+  std::size_t offset = 0;
+};
+
+// Arrays and dictionaries nested deeper than this are refused, so that no file can exhaust
+// the stack.
+inline constexpr int kMaxNestingDepth = 512;
+
+// Dates hold seconds from 2001-01-01T00:00:00Z. Reading refuses dates farther than this from
+// it (about 31,700 years) and NaN dates, so that every date read can be written as text.
+inline constexpr double kMaxDateSeconds = 1e12;
+
+// The encoding of a property list's bytes, judged from the first bytes only: kBinary for
+// "bplist", kXml for anything else that starts (after a byte-order mark and blanks) with '<',
+// nullopt otherwise.
+std::optional<Format> DetectFormat(std::string_view bytes);
+
+// Reads a property list in either encoding: binary ("bplist00") or XML in UTF-8 (with or
+// without a byte-order mark) or UTF-16 (with a byte-order mark, or starting with '<').
+//   auto value = plist::Read(bytes);
+//   if (!value) Report(value.error().what, value.error().offset);
+Expected<Value, ReadError> Read(std::string_view bytes);
+
+// Reads a property-list file; a file that cannot be opened or read gives an error naming the
+// file and the reason.
+Expected<Value, ReadError> ReadFile(const std::filesystem::path& path);
+
+// The bytes of a property list holding `value`. XML is written as Apple writes it (tabs,
+// sorted keys, base64 data in lines, dates as "2008-02-29T12:00:00Z"); binary stores each
+// distinct string, number, date and data once, however often it is used.
+std::string Write(const Value& value, Format format);
+
+}  // namespace folvant::plist

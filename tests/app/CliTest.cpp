@@ -1,0 +1,117 @@
+// Runs the folvant program as a user would, in scratch folders, and checks what it prints,
+// its exit status, and that failed commands leave the book's files as they were.
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "tests/support/TestSupport.h"
+
+namespace folvant {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct CommandResult {
+  int status;
+  std::string out;
+  std::string err;
+};
+
+class Cli : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    dir_ = fs::temp_directory_path() / (std::string("folvant-cli-") + info->name() + "-" +
+                                        std::to_string(::getpid()));
+    fs::remove_all(dir_);
+    fs::create_directories(dir_);
+  }
+  void TearDown() override { fs::remove_all(dir_); }
+
+  CommandResult Folvant(const std::string& args) {
+    const fs::path out = dir_ / "stdout.txt", err = dir_ / "stderr.txt";
+    const std::string command = std::string("cd '") + dir_.string() + "' && '" FOLVANT_BINARY "' " +
+                                args + " >'" + out.string() + "' 2>'" + err.string() + "'";
+    const int raw = std::system(command.c_str());
+    CommandResult run{WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, testing::ReadFileBytes(out.string()),
+            testing::ReadFileBytes(err.string())};
+    return run;
+  }
+
+  std::string Book() const { return (dir_ / "book").string(); }
+
+  fs::path dir_;
+};
+
+TEST_F(Cli, NewBookAccountsAndEmptyRegister) {
+  ASSERT_EQ(Folvant("init book").status, 0);
+  EXPECT_EQ(Folvant("--book book init").status, 1) << "a second init must refuse";
+  CommandResult created = Folvant("--book book account new Checking --starting-balance 100.005 "
+                        "--starting-check 1001");
+  ASSERT_EQ(created.status, 0) << created.err;
+  EXPECT_EQ(created.out, "Created account \"Checking\" (number 0, USD)\n");
+  ASSERT_EQ(Folvant("--book book account new Euro --currency EUR").status, 0);
+  EXPECT_EQ(Folvant("--book book account new checking").status, 1) << "names are unique";
+
+  CommandResult list = Folvant("--book book account list --json");
+  ASSERT_EQ(list.status, 0) << list.err;
+  EXPECT_EQ(list.out,
+            "[\n  {\"number\": 0, \"name\": \"Checking\", \"currency\": \"USD\", \"balance\": "
+            "100.01},\n  {\"number\": 1, \"name\": \"Euro\", \"currency\": \"EUR\", "
+            "\"balance\": 0.00}\n]\n");
+  EXPECT_TRUE(list.err.empty()) << list.err;
+
+  CommandResult reg = Folvant("--book book register checking --json");
+  ASSERT_EQ(reg.status, 0) << reg.err;
+  EXPECT_NE(reg.out.find("\"entries\": [],"), std::string::npos) << reg.out;
+  EXPECT_NE(reg.out.find("\"current\": 100.01"), std::string::npos) << reg.out;
+}
+
+TEST_F(Cli, BadInputGivesOneLineAndNonZeroStatus) {
+  CommandResult missing = Folvant("--book nowhere account list");
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_NE(missing.err.find("nowhere/book.plist"), std::string::npos) << missing.err;
+  EXPECT_EQ(std::count(missing.err.begin(), missing.err.end(), '\n'), 1);
+
+  ASSERT_EQ(Folvant("init book").status, 0);
+  ASSERT_EQ(Folvant("--book book account new Checking").status, 0);
+  CommandResult unknown = Folvant("--book book register Savings");
+  EXPECT_EQ(unknown.status, 1);
+  EXPECT_EQ(unknown.err, "folvant: no account named \"Savings\" in the book\n");
+
+  // A damaged account file is named in the error, and the failed command changes nothing.
+  const fs::path account = dir_ / "book" / "accounts" / "0.plist";
+  { std::ofstream(account, std::ios::binary) << "bplist00\x01\x02garbage"; }
+  const std::string book_before = testing::ReadFileBytes(Book() + "/book.plist");
+  CommandResult damaged = Folvant("--book book account new Savings");
+  EXPECT_EQ(damaged.status, 1);
+  EXPECT_NE(damaged.err.find("accounts/0.plist"), std::string::npos) << damaged.err;
+  EXPECT_EQ(std::count(damaged.err.begin(), damaged.err.end(), '\n'), 1) << damaged.err;
+  EXPECT_EQ(testing::ReadFileBytes(Book() + "/book.plist"), book_before);
+  EXPECT_FALSE(fs::exists(dir_ / "book" / "accounts" / "1.plist"));
+
+  EXPECT_EQ(Folvant("--book book register Checking --sort 9").status, 2)
+      << "an unknown sort key is a usage error";
+}
+
+TEST_F(Cli, SavingKeepsTheOldFileAsBackup) {
+  ASSERT_EQ(Folvant("init book").status, 0);
+  const std::string first = testing::ReadFileBytes(Book() + "/book.plist");
+  ASSERT_EQ(Folvant("--book book account new Checking").status, 0);
+  EXPECT_EQ(testing::ReadFileBytes(Book() + "/book.plist.bak"), first);
+  EXPECT_NE(testing::ReadFileBytes(Book() + "/book.plist"), first);
+  for (const auto& file : fs::directory_iterator(dir_ / "book")) {
+    EXPECT_NE(file.path().extension(), ".new") << "no temporary file is left behind";
+  }
+}
+
+}  // namespace
+}  // namespace folvant

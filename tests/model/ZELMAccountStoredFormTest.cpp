@@ -1,0 +1,472 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "folvant/model/ZELMAccount.h"
+#include "folvant/model/ZELMAccountSchedule.h"
+#include "folvant/model/ZELMAccountsController.h"
+#include "folvant/platform/Resources.h"
+#include "folvant/values/LVCurrency.h"
+#include "tests/support/TestSupport.h"
+
+namespace folvant {
+namespace {
+
+using plist::Array;
+using plist::Dictionary;
+using plist::Value;
+using testing::LogCapture;
+using testing::ScopedClockPin;
+using Messages = std::vector<std::string>;
+
+constexpr int kToday = 20080314;
+
+// An accounts controller with a base currency (USD) and a registered euro.
+class FakeController final : public ZELMAccountsController {
+ public:
+  FakeController() {
+    list_.push_back(std::make_shared<LVCurrency>("USD", "US Dollar", "$", true, ",", ".", 1.0,
+                                                 20080101));
+    list_.push_back(std::make_shared<LVCurrency>("EUR", "Euro", "€", false, ".", ",", 0.64,
+                                                 20080101));
+  }
+  std::shared_ptr<LVCurrency> currency() const override { return list_[0]; }
+  std::shared_ptr<LVCurrency> currencyWithCode(std::string_view code) const override {
+    for (const auto& c : list_) {
+      if (c->code() == code) return c;
+    }
+    return nullptr;
+  }
+  std::vector<std::shared_ptr<LVCurrency>>& currencies() override { return list_; }
+  std::shared_ptr<ZELMAccountEntryCategory> categoryWithNumber(std::int32_t) const override {
+    return nullptr;
+  }
+  std::vector<std::shared_ptr<ZELMAccountEntryCategory>> allCategories() const override {
+    return {};
+  }
+  std::shared_ptr<ZELMAccountEntryType> accountEntryTypeForNumber(std::int32_t) const override {
+    return nullptr;
+  }
+
+ private:
+  std::vector<std::shared_ptr<LVCurrency>> list_;
+};
+
+Dictionary StoredEntry(int number, int date, double amount, std::string_view description) {
+  ZELMAccountEntry entry;
+  entry.SetNumber(number);
+  entry.SetDate(date);
+  entry.SetAmount(amount);
+  entry.SetIsDebit(amount < 0);
+  entry.SetIsDeposit(amount >= 0);
+  entry.SetDescription(description);
+  return entry.asDictionary();
+}
+
+Dictionary StoredType(std::string_view name, int number, bool deposit) {
+  ZELMAccountEntryType type;
+  type.SetName(name);
+  type.SetNumber(number);
+  type.SetIsDeposit(deposit);
+  return type.asDictionary();
+}
+
+Array Strings(std::vector<std::string> texts) {
+  Array array;
+  for (auto& text : texts) array.emplace_back(std::move(text));
+  return array;
+}
+
+// Every stored key with a value other than the new-account one, in the written order.
+Dictionary FullAccount() {
+  const LVCurrency krona("SEK", "Swedish Krona", "kr", false, " ", ",", 0.15, 20080301);
+  Dictionary d;
+  d.append("name", "Checking");
+  d.append("currency", krona.asDictionary());
+  d.append("icon", plist::Data{'I', 'I', '*', 0, 1, 2, 0xff});
+  d.append("highResolutionIcon", plist::Data{'M', 'M', 0, '*', 9});
+  d.append("number", 3);
+  d.append("version", 8);
+  d.append("entries", Array{StoredEntry(1, 20080301, -12.5, "Fuel"),
+                            StoredEntry(2, 20080302, 800.0, "Salary")});
+  d.append("schedules", Array{ZELMAccountSchedule().asDictionary()});
+  d.append("startingCheckNumber", 1001);
+  d.append("numberCount", 4);
+  d.append("startingBalance", 250.25);
+  d.append("password", "");
+  d.append("types", Array{StoredType("Card", 1, false), StoredType("Pay", 0, true)});
+  d.append("inactiveTypes", Array{StoredType("Old", 2, false)});
+  d.append("defaultDebitType", 1);
+  d.append("defaultDepositType", 0);
+  d.append("preference_Descriptions_Style", 2);
+  d.append("preference_ToFrom_Style", 0);
+  d.append("preference_Descriptions_SomeSelection", 10);
+  d.append("preference_ToFrom_SomeSelection", 20);
+  d.append("preferredDebitDescriptions", Strings({"Fuel", "Rent"}));
+  d.append("preferredDepositDescriptions", Strings({"Salary"}));
+  d.append("preferredTos", Strings({"Shell"}));
+  d.append("preferredFroms", Strings({"Employer"}));
+  d.append("statementBalance", 1037.75);
+  d.append("accountSummaries", Array{Dictionary{{"name", "Spending"}}, Dictionary{{"name", "B"}}});
+  d.append("selectedAccountSummary", 1);
+  for (const std::string view : {"entry", "reconcile"}) {
+    d.append(view + "FilterType", 10);
+    d.append(view + "FilterData", "gas");
+    d.append(view + "ResolvedFilterType", 80);
+    d.append(view + "TaxDeductibleFilterType", 91);
+    d.append(view + "DateFilterType", 61);
+    d.append(view + "DateFilterStartDate", 20080301);
+    d.append(view + "DateFilterEndDate", 20080331);
+  }
+  d.append("OFXImportZeroAmountsAsDeposits", false);
+  d.append("OFXImport_SwapOptions_Name", 1);
+  d.append("OFXImport_SwapOptions_Memo", 2);
+  d.append("OFXImport_SwapOptions_Payee", 3);
+  d.append("OFXImport_SwapOptions_TransactionType", 4);
+  d.append("OFXImport_SwapOptions_ReferenceNumber", 0);
+  d.append("QIFImportEncoding", 5);
+  d.append("QIFImportDateFormat", 2);
+  d.append("QIFImportDecimalSeparator", ",");
+  d.append("QIFImportThousandsSeparator", ".");
+  d.append("QIFImportZeroAmountsAsDeposits", false);
+  d.append("QIFImportAllCategories", true);
+  d.append("QIFImportSplitLineItems", false);
+  d.append("QIFImport_SwapOptions_ToFrom", 2);
+  d.append("QIFImport_SwapOptions_Category", 1);
+  d.append("QIFImport_SwapOptions_Description", 0);
+  d.append("textImportEncoding", 4);
+  d.append("textImportDataLayout", "3,1,2");
+  d.append("textImportDataFormat", 1);
+  d.append("textImportSkipFirstRow", true);
+  d.append("textImportDateFormat", 3);
+  d.append("textImportDecimalSeparator", ",");
+  d.append("textImportThousandsSeparator", " ");
+  d.append("textImportZeroAmountsAsDeposits", false);
+  d.append("textExport_ExportType", 2);
+  d.append("textExport_Encoding", 10);
+  d.append("lastFromAccount", 7);
+  d.append("lastToAccount", true);
+  // One of the default smart folders: a list unlike the new account's.
+  d.append("smartFolders", Array{ZELMAccount().asDictionary().find("smartFolders")->asArray()->at(0)});
+  d.append("folders", Array{Dictionary{{"entries", Array{StoredEntry(3, 20080303, -5.0, "Tax")}},
+                                       {"name", "Taxes 2008"}}});
+  return d;
+}
+
+// The keys whose values differ between two dictionaries (either side missing included).
+std::vector<std::string> DifferentKeys(const Dictionary& a, const Dictionary& b) {
+  std::vector<std::string> keys;
+  for (const auto& [key, value] : a) {
+    const Value* theirs = b.find(key);
+    if (theirs == nullptr || !(*theirs == value)) keys.push_back(key);
+  }
+  for (const auto& [key, value] : b) {
+    if (!a.contains(key)) keys.push_back(key);
+  }
+  return keys;
+}
+
+TEST(ZELMAccountStoredForm, FullAccountRoundTripsInWrittenOrder) {
+  ScopedClockPin pin(kToday);
+  LogCapture log;
+  const Dictionary stored = FullAccount();
+  const ZELMAccount account(&stored);
+  EXPECT_EQ(log.messages(), Messages{});
+  const Dictionary written = account.asDictionary();
+  EXPECT_EQ(DifferentKeys(written, stored), std::vector<std::string>{});
+  std::vector<std::string> order, expected;
+  for (const auto& [key, value] : written) order.push_back(key);
+  for (const auto& [key, value] : stored) expected.push_back(key);
+  EXPECT_EQ(order, expected);
+
+  // What the load resolved, beyond the bytes.
+  EXPECT_TRUE(account.IsAuthenticated());  // the empty password
+  EXPECT_EQ(account.GetDefaultDebitType()->GetName(), "Card");
+  EXPECT_EQ(account.GetDefaultDepositType()->GetName(), "Pay");
+  EXPECT_EQ(account.lastToAccount(), 1);
+  EXPECT_EQ(account.GetTextImportDataLayout(), (std::vector<std::int32_t>{3, 1, 2}));
+  ASSERT_EQ(account.GetAllEntries().size(), 3u);
+  for (const auto& entry : account.GetAllEntries()) EXPECT_EQ(entry->GetAccount(), &account);
+}
+
+TEST(ZELMAccountStoredForm, EmptyDictionaryGivesNewAccountWithBaseCurrency) {
+  ScopedClockPin pin(kToday);
+  FakeController controller;
+  LogCapture log;
+  const Dictionary empty;
+  const ZELMAccount loaded(&empty, &controller);
+  const Messages expected = {
+      "Account does not have a name in -[ZELMAccount initWithDictionary:]",
+      "Account does not have an icon in -[ZELMAccount initWithDictionary:]",
+      "Account does not have a highResolutionIcon in -[ZELMAccount initWithDictionary:]",
+      "Account does not have an identification number in -[ZELMAccount initWithDictionary:]",
+      "Account does not have a version in -[ZELMAccount initWithDictionary:]",
+      "Account does not have entries in -[ZELMAccount initWithDictionary:]",
+      "Account does not have schedules in -[ZELMAccount initWithDictionary:]",
+      "Account does not have a starting check number in -[ZELMAccount initWithDictionary:]",
+      "No defaultDebitType defined for ZELMAccount.",
+      "No defaultDepositType defined for ZELMAccount.",
+      "No preference_Descriptions_Style defined for ZELMAccount.",
+      "No preference_ToFrom_Style defined for ZELMAccount.",
+      "No preference_Descriptions_SomeSelection defined for ZELMAccount.",
+      "No preference_ToFrom_SomeSelection defined for ZELMAccount.",
+      "No preferredDebitDescriptions defined for ZELMAccount.",
+      "No preferredDepositDescriptions defined for ZELMAccount.",
+      "No preferredTos defined for ZELMAccount.",
+      "No preferredFroms defined for ZELMAccount.",
+      "No numberCount defined for ZELMAccount.",
+      "Account does not have a statementBalance in -[ZELMAccount initWithDictionary:]",
+      "Account does not have any account summaries in -[ZELMAccount initWithDictionary:]",
+      "No OFXImportZeroAmountsAsDeposits defined for ZELMAccount.",
+      "No QIFImportEncoding defined for ZELMAccount.",
+      "No QIFImportDateFormat defined for ZELMAccount.",
+      "No QIFImportDecimalSeparator defined in -[ZELMAccount initWithDictionary:]",
+      "No QIFImportThousandsSeparator defined in -[ZELMAccount initWithDictionary:]",
+      "No QIFImportZeroAmountsAsDeposits defined for ZELMAccount.",
+      "No QIFImportAllCategories defined for ZELMAccount.",
+      "No QIFImportSplitLineItems defined for ZELMAccount.",
+      "No QIFImport_SwapOptions_ToFrom defined for ZELMAccount.",
+      "No QIFImport_SwapOptions_Category defined for ZELMAccount.",
+      "No QIFImport_SwapOptions_Description defined for ZELMAccount.",
+      "No textImportEncoding defined for ZELMAccount.",
+      "No textImportDataLayout defined for ZELMAccount.",
+      "No textImportSkipFirstRow defined for ZELMAccount.",
+      "No textImportDataFormat defined for ZELMAccount.",
+      "No textImportDateFormat defined for ZELMAccount.",
+      "No textImportDecimalSeparator defined in ZELMAccount:initWithDictionary",
+      "No textImportThousandsSeparator defined in ZELMAccount:initWithDictionary",
+      "No textImportZeroAmountsAsDeposits defined for ZELMAccount.",
+      "No textExport_ExportType defined for ZELMAccount.",
+      "No textExport_Encoding defined for ZELMAccount.",
+  };
+  EXPECT_EQ(log.messages(), expected);
+  EXPECT_EQ(loaded.currency(), controller.currency());
+
+  ZELMAccount fresh;
+  fresh.setCurrency(controller.currency());
+  EXPECT_EQ(loaded.asDictionary(), fresh.asDictionary());
+  EXPECT_FALSE(loaded.IsAuthenticated());
+
+  // The new account's own values, as the table of new-account values has them.
+  const ZELMAccount account;
+  EXPECT_EQ(account.GetNumber(), -1);
+  EXPECT_EQ(account.GetVersion(), 8);
+  EXPECT_EQ(account.currency()->code(), "USD");
+  EXPECT_EQ(account.currency()->lastUpdate(), kToday);
+  EXPECT_EQ(account.types().size(), 13u);
+  EXPECT_EQ(account.GetStartingCheckNumber(), 1);
+  EXPECT_EQ(account.entryDateFilterStartDate(), kToday);
+  EXPECT_EQ(account.reconcileDateFilterEndDate(), kToday);
+  EXPECT_EQ(account.entryResolvedFilterType(), 82);
+  EXPECT_EQ(account.textExport_ExportType(), -5);
+  EXPECT_EQ(account.GetQIFImportEncoding(), 12);
+}
+
+// Removing or retyping one key: the fixed message, and the field keeps its new-account value.
+TEST(ZELMAccountStoredForm, DamagedKeysKeepDefaults) {
+  ScopedClockPin pin(kToday);
+  struct Row {
+    std::string key;
+    Messages when_missing;
+    std::optional<Value> wrong;  // a value of the wrong kind that would differ if misread
+    Messages when_wrong;
+  };
+  const std::string in_init = " in -[ZELMAccount initWithDictionary:]";
+  const std::vector<Row> rows = {
+      {"name", {"Account does not have a name" + in_init}, Value(5),
+       {"Account name is in the wrong format" + in_init}},
+      {"currency", {}, Value("SEK"), {"Currency is in the wrong format" + in_init}},
+      {"icon", {"Account does not have an icon" + in_init}, Value("II*"),
+       {"Account icon is in the wrong format" + in_init}},
+      {"highResolutionIcon", {"Account does not have a highResolutionIcon" + in_init},
+       Value(Array{}), {"Account highResolutionIcon is in the wrong format" + in_init}},
+      {"number", {"Account does not have an identification number" + in_init}, {}, {}},
+      {"version", {"Account does not have a version" + in_init}, {}, {}},
+      {"entries", {"Account does not have entries" + in_init}, Value(Dictionary{}),
+       {"Account entries are in the wrong format" + in_init}},
+      {"schedules", {"Account does not have schedules" + in_init}, Value("x"),
+       {"Account schedules are in the wrong format" + in_init}},
+      {"startingCheckNumber", {"Account does not have a starting check number" + in_init}, {}, {}},
+      {"numberCount", {"No numberCount defined for ZELMAccount."}, Value("9"),
+       {"numberCount is in wrong format for ZELMAccount."}},
+      {"startingBalance", {}, {}, {}},
+      {"password", {}, Value(0), {"Account password is in the wrong format" + in_init}},
+      {"types", {}, Value("ATM"), {"types are in the wrong format for ZELMAccount."}},
+      {"inactiveTypes", {}, Value(1), {"inactiveTypes are in the wrong format for ZELMAccount."}},
+      {"defaultDebitType", {"No defaultDebitType defined for ZELMAccount."}, Value("1"),
+       {"defaultDebitType is in wrong format for ZELMAccount."}},
+      {"preference_ToFrom_Style", {"No preference_ToFrom_Style defined for ZELMAccount."},
+       Value("0"), {"preference_ToFrom_Style is in wrong format for ZELMAccount."}},
+      {"preferredTos", {"No preferredTos defined for ZELMAccount."}, Value("Shell"),
+       {"preferredTos is in wrong format for ZELMAccount."}},
+      {"statementBalance", {"Account does not have a statementBalance" + in_init}, {}, {}},
+      {"accountSummaries", {"Account does not have any account summaries" + in_init}, {}, {}},
+      {"selectedAccountSummary", {}, {}, {}},
+      {"entryFilterData", {}, {}, {}},
+      {"reconcileDateFilterType", {}, {}, {}},
+      {"OFXImportZeroAmountsAsDeposits", {"No OFXImportZeroAmountsAsDeposits defined for ZELMAccount."},
+       Value("NO"), {"OFXImportZeroAmountsAsDeposits is in wrong format for ZELMAccount."}},
+      {"OFXImport_SwapOptions_Payee", {}, Value("3"),
+       {"OFXImport_SwapOptions_Payee is in wrong format for ZELMAccount."}},
+      {"QIFImportDateFormat", {"No QIFImportDateFormat defined for ZELMAccount."}, Value("2"),
+       {"QIFImportDateFormat is in wrong format for ZELMAccount."}},
+      {"QIFImportThousandsSeparator",
+       {"No QIFImportThousandsSeparator defined" + in_init}, Value(1),
+       {"QIFImportThousandsSeparator is in the wrong format" + in_init}},
+      {"QIFImportAllCategories", {"No QIFImportAllCategories defined for ZELMAccount."},
+       Value("YES"), {"QIFImportAllCategories is in wrong format for ZELMAccount."}},
+      {"QIFImport_SwapOptions_Description",
+       {"No QIFImport_SwapOptions_Description defined for ZELMAccount."}, Value("0"),
+       {"QIFImport_SwapOptions_Description is in wrong format for ZELMAccount."}},
+      {"textImportDataLayout", {"No textImportDataLayout defined for ZELMAccount."},
+       Value(Array{3, 1}), {"textImportDataLayout is in wrong format for ZELMAccount."}},
+      {"textImportSkipFirstRow", {"No textImportSkipFirstRow defined for ZELMAccount."},
+       Value("YES"), {"textImportSkipFirstRow is in wrong format for ZELMAccount."}},
+      {"textImportDecimalSeparator",
+       {"No textImportDecimalSeparator defined in ZELMAccount:initWithDictionary"}, Value(0),
+       {"textImportDecimalSeparator is in the wrong format in ZELMAccount:initWithDictionary"}},
+      {"textImportZeroAmountsAsDeposits",
+       {"No textImportZeroAmountsAsDeposits defined for ZELMAccount."}, Value("NO"),
+       {"textImportZeroAmountsAsDeposits is in wrong format for ZELMAccount."}},
+      {"textExport_Encoding", {"No textExport_Encoding defined for ZELMAccount."}, Value("4"),
+       {"textExport_Encoding is in wrong format for ZELMAccount."}},
+      {"lastFromAccount", {}, Value("7"), {"lastFromAccount is in wrong format for ZELMAccount."}},
+      {"lastToAccount", {}, Value("0"), {"lastToAccount is in wrong format for ZELMAccount."}},
+      {"smartFolders", {}, {}, {}},
+      {"folders", {}, {}, {}},
+  };
+  const Dictionary defaults = ZELMAccount().asDictionary();
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.key);
+    ASSERT_NE(defaults.find(row.key), nullptr);
+    Dictionary damaged = FullAccount();
+    // The default types are what the defaults resolve in; keep them for the type keys.
+    if (row.key.starts_with("default")) damaged.erase("types");
+    std::vector<std::pair<Messages, std::optional<Value>>> cases = {{row.when_missing, {}}};
+    if (row.wrong) cases.emplace_back(row.when_wrong, row.wrong);
+    for (const auto& [messages, value] : cases) {
+      value ? damaged.set(row.key, *value) : (void)damaged.erase(row.key);
+      LogCapture log;
+      const ZELMAccount account(&damaged);
+      EXPECT_EQ(log.messages(), messages);
+      EXPECT_EQ(*account.asDictionary().find(row.key), *defaults.find(row.key));
+    }
+  }
+}
+
+TEST(ZELMAccountStoredForm, KeysWithoutKindCheckConvert) {
+  Dictionary stored = FullAccount();
+  stored.set("number", "42");
+  stored.set("startingCheckNumber", 500.7);
+  stored.set("statementBalance", "10.005");
+  stored.set("entryDateFilterType", "21");
+  LogCapture log;
+  const ZELMAccount account(&stored);
+  EXPECT_EQ(log.messages(), Messages{});
+  EXPECT_EQ(account.GetNumber(), 42);
+  EXPECT_EQ(account.GetStartingCheckNumber(), 500);
+  EXPECT_EQ(account.statementBalance(), 10.01);  // through the rounding setter
+  EXPECT_EQ(account.entryDateFilterType(), 21);
+}
+
+TEST(ZELMAccountStoredForm, LastToAccountIsSavedThroughItsLowByte) {
+  for (const auto& [value, saved, loaded] :
+       {std::tuple{256, false, 0}, {3, true, 1}, {-1, true, 1}, {0, false, 0}, {0x1ff, true, 1}}) {
+    SCOPED_TRACE(value);
+    ZELMAccount account;
+    account.setLastToAccount(value);
+    account.setLastFromAccount(value);
+    const Dictionary stored = account.asDictionary();
+    EXPECT_EQ(*stored.find("lastToAccount"), Value(saved));
+    EXPECT_EQ(*stored.find("lastFromAccount"), Value(value));  // its twin is kept as it is
+    EXPECT_EQ(ZELMAccount(&stored).lastToAccount(), loaded);
+  }
+}
+
+TEST(ZELMAccountStoredForm, SelectionTypesAndLayoutEdges) {
+  Dictionary stored = FullAccount();
+  stored.set("accountSummaries", Array{Dictionary{}, Dictionary{}, Dictionary{}});
+  for (const auto& [index, selected] : {std::pair{7, 0}, {2, 2}, {-1, 0}}) {
+    stored.set("selectedAccountSummary", index);
+    EXPECT_EQ(ZELMAccount(&stored).selectedAccountSummaryIndex(), selected) << index;
+  }
+  // An empty summary list keeps the defaults; an empty type list leaves no active types.
+  stored.set("accountSummaries", Array{});
+  stored.set("types", Array{});
+  stored.set("defaultDebitType", -1);
+  stored.set("defaultDepositType", 2);  // resolves through the inactive list
+  stored.set("textImportDataLayout", "");
+  const ZELMAccount account(&stored);
+  EXPECT_EQ(account.accountSummariesStoredForm(), ZELMAccount().accountSummariesStoredForm());
+  EXPECT_TRUE(account.types().empty());
+  EXPECT_EQ(account.GetDefaultDebitType(), nullptr);
+  EXPECT_EQ(account.GetDefaultDepositType()->GetName(), "Old");
+  EXPECT_EQ(*account.asDictionary().find("textImportDataLayout"), Value(""));
+  // Loaded types are sorted by name whatever their stored order.
+  stored.set("types", Array{StoredType("b", 0, false), StoredType("A", 1, false)});
+  EXPECT_EQ(ZELMAccount(&stored).types()[0]->GetName(), "A");
+}
+
+TEST(ZELMAccountStoredForm, CurrencyResolvesAgainstTheController) {
+  FakeController controller;
+  Dictionary stored = FullAccount();
+  // A registered code shares the registered object.
+  stored.set("currency", controller.currencies()[1]->asDictionary());
+  EXPECT_EQ(ZELMAccount(&stored, &controller).currency(), controller.currencies()[1]);
+  // An unknown code makes a new currency and registers it.
+  stored.set("currency", *FullAccount().find("currency"));
+  const ZELMAccount krona(&stored, &controller);
+  ASSERT_EQ(controller.currencies().size(), 3u);
+  EXPECT_EQ(krona.currency(), controller.currencies()[2]);
+  EXPECT_EQ(krona.currency()->code(), "SEK");
+  EXPECT_EQ(ZELMAccount(&stored, &controller).currency(), krona.currency());
+  // Missing: the base currency, silently.
+  stored.erase("currency");
+  LogCapture log;
+  EXPECT_EQ(ZELMAccount(&stored, &controller).currency(), controller.currency());
+  EXPECT_EQ(log.messages(), Messages{});
+}
+
+TEST(ZELMAccountStoredForm, PasswordSurvivesButAuthenticationDoesNot) {
+  ZELMAccount account;
+  EXPECT_FALSE(account.IsAuthenticated());
+  EXPECT_TRUE(account.Authenticate("anything"));  // no password
+  account.SetPassword("Secret");
+  account.SetPassword(std::nullopt);
+  EXPECT_TRUE(account.HasPassword());
+  EXPECT_EQ(account.GetPassword(), "Secret");
+
+  const Dictionary stored = account.asDictionary();
+  ZELMAccount loaded(&stored);
+  EXPECT_FALSE(loaded.IsAuthenticated());
+  EXPECT_FALSE(loaded.Authenticate("secret"));  // exact comparison
+  EXPECT_TRUE(loaded.Authenticate("Secret"));
+  EXPECT_TRUE(loaded.Authenticate("wrong"));  // a wrong password leaves the state
+  EXPECT_FALSE(loaded.Authenticate(std::nullopt));
+  EXPECT_EQ(loaded.GetPassword(), "Secret");
+  loaded.SetPassword("");
+  EXPECT_TRUE(loaded.IsAuthenticated());
+  EXPECT_FALSE(loaded.HasPassword());
+}
+
+TEST(ZELMAccountStoredForm, DefaultIconsAreTheEmbeddedTiffs) {
+  const ZELMAccount account;
+  for (const auto& [icon, name] : {std::pair{&account.icon(), "accounticon_default"},
+                                   {&account.highResolutionIcon(), "accounticon_default_128"}}) {
+    SCOPED_TRACE(name);
+    ASSERT_TRUE(icon->has_value());
+    const auto resource = platform::Resource(name);
+    EXPECT_EQ(**icon, plist::Data(resource.begin(), resource.end()));
+    ASSERT_GT((*icon)->size(), 8u);
+    EXPECT_EQ(std::string((*icon)->begin(), (*icon)->begin() + 4), std::string("II*\0", 4));
+  }
+  // No icon: the key is not written, and a load without it keeps the default.
+  ZELMAccount bare;
+  bare.setIcon(std::nullopt);
+  EXPECT_FALSE(bare.asDictionary().contains("icon"));
+}
+
+}  // namespace
+}  // namespace folvant
