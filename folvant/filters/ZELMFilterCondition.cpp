@@ -1,9 +1,12 @@
 #include "folvant/filters/ZELMFilterCondition.h"
 
-#include <array>
+#include <algorithm>
+#include <bit>
 #include <charconv>
+#include <cstring>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <unordered_map>
 #include <utility>
 
@@ -26,58 +29,99 @@ using EntryList = ZELMFilterCondition::EntryList;
 using schedule::AddYearsMonthsDays;
 using schedule::Day;
 
-constexpr std::array<char, 256> MakeLowerTable() {
-  std::array<char, 256> table{};
-  for (int c = 0; c < 256; ++c) {
-    table[static_cast<std::size_t>(c)] =
-        static_cast<char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
-  }
-  return table;
-}
-constexpr std::array<char, 256> kLower = MakeLowerTable();
-
-// The identity or the ASCII lower-casing of one byte.
-struct AsIs {
-  char operator()(char c) const { return c; }
-};
-struct AsciiLower {
-  char operator()(char c) const { return kLower[static_cast<unsigned char>(c)]; }
-};
-
 bool IsAscii(std::string_view text) {
-  for (char c : text) {
-    if (static_cast<unsigned char>(c) >= 0x80) return false;
+  unsigned char bits = 0;
+  for (char c : text) bits |= static_cast<unsigned char>(c);
+  return bits < 0x80;
+}
+
+char LowerAscii(char c) {
+  const auto u = static_cast<unsigned char>(c);
+  return static_cast<char>(u + (static_cast<unsigned char>(u - 'A') < 26 ? 32 : 0));
+}
+
+// Whether the n bytes at `text`, lower-cased, are the (lower-case ASCII) needle.
+bool EqualsLowered(const char* text, std::string_view needle) {
+  for (std::size_t j = 0; j < needle.size(); ++j) {
+    if (LowerAscii(text[j]) != needle[j]) return false;
   }
   return true;
 }
 
-// A text qualifier on a field whose bytes `fold` brings to the case-folded form of the needle.
-// An empty needle is found nowhere, as the platform's anchored and unanchored searches answer.
-template <typename Fold>
-bool MatchText(std::string_view field, std::string_view needle, std::int32_t qualifier,
-               Fold fold) {
-  const std::size_t n = needle.size();
-  if (n == 0 || n > field.size()) return false;
-  const auto equal_at = [&](std::size_t at) {
-    for (std::size_t j = 0; j < n; ++j) {
-      if (fold(field[at + j]) != needle[j]) return false;
-    }
-    return true;
+// Eight bytes of text from `p`, the first in the lowest byte; zeros past `available` bytes.
+std::uint64_t LoadWord(const char* p, std::size_t available) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, p, std::min<std::size_t>(available, 8));
+  if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+  return word;
+}
+
+// The case-insensitive search for a lower-case ASCII needle, without folding the field.
+// Full case folding maps ASCII letters to their lower case and keeps ASCII bytes together, so
+// a match found byte by byte is a match; a miss is final only for an ASCII field, since other
+// characters may fold into ASCII ("ſ" is "s", "ß" is "ss"). nullopt: fold and search again.
+std::optional<bool> MatchAsciiNeedle(std::string_view field, std::string_view needle,
+                                     std::int32_t qualifier) {
+  const std::size_t n = needle.size(), m = field.size();
+  const auto miss = [&]() -> std::optional<bool> {
+    if (IsAscii(field)) return false;
+    return std::nullopt;
   };
   switch (qualifier) {
     case ZELMFilterCondition::kQualifierContains: {
+      // Eight bytes at a time, look for bytes that may be the needle's first one: OR-ing 0x20
+      // into a letter gives its lower case, so one comparison covers both cases (other bytes
+      // may come out as false candidates, which the full comparison turns down).
+      constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
+      constexpr std::uint64_t kHighs = 0x8080808080808080ULL;
       const char first = needle[0];
-      for (std::size_t i = 0, end = field.size() - n; i <= end; ++i) {
-        if (fold(field[i]) == first && equal_at(i)) return true;
+      const bool letter = first >= 'a' && first <= 'z';
+      const std::uint64_t fold = letter ? 0x20 * kOnes : 0;
+      const std::uint64_t pattern = static_cast<unsigned char>(first) * kOnes;
+      const std::size_t last_start = m - n;  // only meaningful when n <= m
+      std::uint64_t high = 0;
+      for (std::size_t base = 0; base < m; base += 8) {
+        const std::uint64_t word = LoadWord(field.data() + base, m - base);
+        high |= word;
+        if (n > m) continue;
+        const std::uint64_t y = (word | fold) ^ pattern;
+        for (std::uint64_t zeros = (y - kOnes) & ~y & kHighs; zeros != 0; zeros &= zeros - 1) {
+          const std::size_t at = base + static_cast<std::size_t>(std::countr_zero(zeros)) / 8;
+          if (at > last_start) break;
+          if (EqualsLowered(field.data() + at, needle)) return true;
+        }
       }
+      if (high & kHighs) return std::nullopt;
       return false;
     }
     case ZELMFilterCondition::kQualifierStartsWith:
-      return equal_at(0);
+      if (n <= m && EqualsLowered(field.data(), needle)) return true;
+      return miss();
     case ZELMFilterCondition::kQualifierEndsWith:
-      return equal_at(field.size() - n);
+      if (n <= m && EqualsLowered(field.data() + (m - n), needle)) return true;
+      return miss();
     case ZELMFilterCondition::kQualifierIsEqualTo:
-      return field.size() == n && equal_at(0);
+      if (n == m && EqualsLowered(field.data(), needle)) return true;
+      return miss();
+    default:
+      return false;
+  }
+}
+
+// A text qualifier on a case-folded field and a case-folded needle. An empty needle is found
+// nowhere, as the platform's anchored and unanchored searches answer.
+bool MatchFolded(std::string_view field, std::string_view needle, std::int32_t qualifier) {
+  const std::size_t n = needle.size();
+  if (n == 0 || n > field.size()) return false;
+  switch (qualifier) {
+    case ZELMFilterCondition::kQualifierContains:
+      return field.find(needle) != std::string_view::npos;
+    case ZELMFilterCondition::kQualifierStartsWith:
+      return field.substr(0, n) == needle;
+    case ZELMFilterCondition::kQualifierEndsWith:
+      return field.substr(field.size() - n) == needle;
+    case ZELMFilterCondition::kQualifierIsEqualTo:
+      return field == needle;
     default:
       return false;
   }
@@ -518,12 +562,16 @@ bool ZELMFilterCondition::Prepared::Keeps(const ZELMAccountEntry& entry) {
 }
 
 bool ZELMFilterCondition::Prepared::MatchesText(std::string_view field) {
-  if (IsAscii(field)) {
-    // A folded needle with non-ASCII bytes cannot occur in folded ASCII text.
-    return needleAscii_ && MatchText(field, needle_, qualifier_, AsciiLower{});
+  if (needle_.empty()) return false;
+  if (needleAscii_) {
+    if (const std::optional<bool> match = MatchAsciiNeedle(field, needle_, qualifier_)) {
+      return *match;
+    }
+  } else if (IsAscii(field)) {
+    return false;  // folded ASCII text holds no other bytes
   }
-  const std::string folded = platform::CaseFold(field);
-  return MatchText(folded, needle_, qualifier_, AsIs{});
+  folded_ = platform::CaseFold(field);
+  return MatchFolded(folded_, needle_, qualifier_);
 }
 
 std::string_view ZELMFilterCondition::Prepared::AmountText(double amount) {

@@ -157,6 +157,7 @@ class ZELMFilterCondition {
     bool needleAscii_ = true;
     std::string decimalSeparator_;
     std::string scratch_;  // the amount text of the entry being tested
+    std::string folded_;   // the folded form of a non-ASCII field
     std::unique_ptr<Lookups> lookups_;
   };
 

@@ -1,6 +1,7 @@
 #include "folvant/model/ZELMAccountSchedule.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include "folvant/platform/Log.h"
 

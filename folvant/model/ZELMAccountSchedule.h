@@ -27,6 +27,7 @@ class ZELMAccountSchedule : public ZELMAccountEntry {
   // Reads the entry's keys, then the six schedule keys; a missing key is logged and keeps the
   // new-schedule value. nullptr leaves a new schedule and logs nothing.
   explicit ZELMAccountSchedule(const plist::Dictionary* dict);
+  ZELMAccountSchedule(const ZELMAccountSchedule&) = delete;  // copies go through copy()
 
   // A schedule read back from this one's dictionary, with the same account.
   std::shared_ptr<ZELMAccountEntry> copy() const override;

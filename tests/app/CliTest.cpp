@@ -113,5 +113,34 @@ TEST_F(Cli, SavingKeepsTheOldFileAsBackup) {
   }
 }
 
+TEST_F(Cli, SampleBookLoadsCleanlyAndBalancesAddUp) {
+  fs::copy(FOLVANT_SOURCE_DIR "/data/sample-book", dir_ / "book", fs::copy_options::recursive);
+  CommandResult list = Folvant("--book book --today 2026-06-30 account list");
+  ASSERT_EQ(list.status, 0) << list.err;
+  EXPECT_TRUE(list.err.empty()) << "the sample must load without a message:\n" << list.err;
+  EXPECT_NE(list.out.find("Checking"), std::string::npos);
+  EXPECT_NE(list.out.find("1.290,38 €  EUR"), std::string::npos) << list.out;
+
+  // The last running balance of the register (date order, checks first) is the balance.
+  CommandResult reg = Folvant("--book book --today 2026-06-30 register Checking --json");
+  ASSERT_EQ(reg.status, 0) << reg.err;
+  const std::string& out = reg.out;
+  const auto last_balance = out.rfind("\"balance\": ");
+  const auto current = out.find("\"current\": ");
+  ASSERT_NE(last_balance, std::string::npos);
+  ASSERT_NE(current, std::string::npos);
+  const std::string a = out.substr(last_balance + 11, out.find('}', last_balance) - last_balance - 11);
+  const std::string b = out.substr(current + 11, out.find(',', current) - current - 11);
+  EXPECT_EQ(a, b);
+  EXPECT_NE(out.find("\"void\": true"), std::string::npos) << "the sample has a voided check";
+  EXPECT_NE(out.find("\"category\": \"(split)\""), std::string::npos) << "and a split";
+
+  // Sorting by amount, descending, puts the largest deposit first.
+  CommandResult sorted = Folvant("--book book register Checking --sort 4 --descending --json");
+  ASSERT_EQ(sorted.status, 0) << sorted.err;
+  const auto first_amount = sorted.out.find("\"amount\": ");
+  EXPECT_EQ(sorted.out.substr(first_amount, 18), "\"amount\": 2480.16");
+}
+
 }  // namespace
 }  // namespace folvant

@@ -177,7 +177,7 @@ TEST(ZELMAccountEntry, LineItemsAndTheSplitTotal) {
 
 // ---- Comparators ----
 
-struct EntrySpec {
+struct EntryRow {
   std::int32_t number, date;
   std::int32_t check_number;  // -1: not a check
   const char* description;
@@ -189,7 +189,7 @@ struct EntrySpec {
 
 // Several entries share each primary key, so every tie-break is reached.
 std::vector<EntryPtr> Register() {
-  const EntrySpec specs[] = {
+  const EntryRow rows[] = {
       {6, 20080302, -1, "apple", "SHELL", 10.0, 0, 100.0},
       {1, 20080301, 101, "apple", "Shell", -10.0, 1, 100.0},
       {4, 20080301, 100, "", "", 100.0, 0, 50.0},  // split: 2.00 + 3.00
@@ -199,7 +199,7 @@ std::vector<EntryPtr> Register() {
       {5, 20080228, -1, "Cherry", "b", -99.0, 1, 90.0},
   };
   std::vector<EntryPtr> entries;
-  for (const EntrySpec& s : specs) {
+  for (const EntryRow& s : rows) {
     auto e = std::make_shared<ZELMAccountEntry>();
     e->SetNumber(s.number);
     e->SetDate(s.date);

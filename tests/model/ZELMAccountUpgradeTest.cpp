@@ -188,14 +188,6 @@ TEST(AccountUpgrade, VersionTwoTurnsTheOldBooleansIntoFlags) {
   EXPECT_EQ(up.messages, Messages{kNoInactiveTypes});
 }
 
-TEST(AccountUpgrade, VersionTwoCountsFromZeroWhenNoNumberIsPositive) {
-  ScopedPreferences no_preferences{""};
-  const Upgraded empty = Upgrade(Account(2, Array{}));
-  EXPECT_EQ(Int(empty.dict, "numberCount"), 0);
-  const Upgraded negative = Upgrade(Account(2, Array{Dictionary{{"number", -4}}}));
-  EXPECT_EQ(Int(negative.dict, "numberCount"), 0);
-}
-
 TEST(AccountUpgrade, VersionTwoTakesMissingTypesFromTheSharedPreferences) {
   ScopedPreferences preferences{DataFile("Folvant Preferences.plist")};
   const Upgraded up = Upgrade(Account(2, Array{}));
@@ -214,16 +206,13 @@ TEST(AccountUpgrade, VersionTwoTakesMissingTypesFromTheSharedPreferences) {
   const Upgraded kept = Upgrade(own);
   EXPECT_TRUE(kept.dict.find("types")->asArray()->empty());
   EXPECT_TRUE(kept.dict.find("inactiveTypes")->asArray()->empty());
-}
 
-TEST(AccountUpgrade, VersionTwoWithoutPreferencesNamesTheAccount) {
+  // Without the file the account keeps no types, and the message names it.
   ScopedPreferences missing{DataFile("no such file")};
-  Dictionary unnamed{{"version", 2}, {"entries", Array{}}};
-  EXPECT_EQ(Upgrade(unnamed).messages,
+  EXPECT_EQ(Upgrade(Account(2, Array{})).dict.find("types"), nullptr);
+  EXPECT_EQ(Upgrade(Dictionary{{"version", 2}, {"entries", Array{}}}).messages,
             Messages{"No inactiveTypes found while upgrading account (null). This could cause "
                      "inconsistent behavior."});
-  EXPECT_EQ(Upgrade(Account(2, Array{})).messages, Messages{kNoInactiveTypes});
-  EXPECT_EQ(Upgrade(Account(2, Array{})).dict.find("types"), nullptr);
 }
 
 // ---- Version 3: number repair --------------------------------------------------------------
@@ -239,23 +228,6 @@ std::vector<std::int32_t> PairwiseRepair(std::vector<std::int32_t> numbers,
     }
   }
   return numbers;
-}
-
-TEST(AccountUpgrade, VersionThreeRenumbersPartnersOfEveryEntryThatIsNotATransfer) {
-  ScopedPreferences no_preferences{""};
-  // Transfers may share a number with each other; any other entry keeps its number, and the
-  // entries sharing it (transfers included) get new numbers above the count.
-  Dictionary dict = Account(3, Array{Dictionary{{"number", 4}, {"entryFlags", 2}},
-                                     Dictionary{{"number", 4}, {"entryFlags", 4}},
-                                     Dictionary{{"number", 4}, {"entryFlags", 1}},
-                                     Dictionary{{"number", 6}, {"entryFlags", 5}},
-                                     Dictionary{{"number", 6}, {"entryFlags", 6}},
-                                     Dictionary{{"number", 2}, {"entryFlags", 2}},
-                                     Dictionary{{"number", 2}, {"entryFlags", 2}}});
-  dict.set("numberCount", 10);
-  const Upgraded up = Upgrade(dict);
-  EXPECT_EQ(Numbers(up.dict), (std::vector<std::int32_t>{4, 11, 12, 6, 6, 2, 13}));
-  EXPECT_EQ(Int(up.dict, "numberCount"), 13);
 }
 
 TEST(AccountUpgrade, VersionThreeRepairMatchesThePairwiseRule) {
@@ -380,7 +352,6 @@ TEST(AccountUpgrade, VersionSevenGivesTransfersTheirDirection) {
       {4 + 1, 6},         // the debit bit is cleared
       {4 + 16 + 64, 86},  // other bits stay
       {1, 1},             // not a transfer: untouched
-      {2 + 16, 18},
   };
   Array entries;
   for (const Row& row : rows) {
@@ -446,18 +417,6 @@ TEST(AccountUpgrade, VersionSevenTurnsLegacySplitsIntoLineItems) {
   EXPECT_EQ(items(*up.dict.find("schedules")->asArray()->at(0).asDictionary()),
             Value(Array{Dictionary{{"toFrom", "Shop"}, {"amount", 0.0}}}));
   EXPECT_EQ(up.messages, Messages{});
-}
-
-TEST(AccountUpgrade, VersionSevenReadsAnIncompleteSplitWithTheSplitsOwnMessages) {
-  Dictionary dict = Account(
-      7, Array{Dictionary{{"entryFlags", 1}, {"split", Dictionary{{"amounts", Array{3}}}}}});
-  const Upgraded up = Upgrade(dict);
-  EXPECT_EQ(*EntryAt(up.dict, 0).find("splitLineItems"),
-            Value(Array{Dictionary{{"amount", -3.0}}}));
-  EXPECT_EQ(up.messages, (Messages{"No description defined for theDictionary in "
-                                   "ZELMAccountEntrySplit:initWithDictionary",
-                                   "No toFroms defined for theDictionary in "
-                                   "ZELMAccountEntrySplit:initWithDictionary"}));
 }
 
 // ---- Old files load as accounts -----------------------------------------------------------
@@ -610,37 +569,6 @@ TEST(AccountUpgrade, EveryOldVersionLoadsAsTheSameAccount) {
     EXPECT_EQ(rent.NextEntryDate(), 20080531);
     EXPECT_EQ(rent.GetAccount(), &account);
   }
-}
-
-TEST(AccountUpgrade, AVersionSixFileFromDiskLoadsAsAnAccount) {
-  auto read = plist::ReadFile(DataFile("version6.plist"));
-  ASSERT_TRUE(read.has_value()) << read.error().what;
-  ASSERT_TRUE(read.value().isDictionary());
-  const Upgraded up = Upgrade(*read.value().asDictionary());
-  EXPECT_EQ(up.messages, Messages{});
-
-  testing::LogCapture log;
-  const ZELMAccount account(&up.dict);
-  EXPECT_EQ(EntryAndScheduleMessages(log.messages()), Messages{});
-  EXPECT_EQ(account.GetName(), "Savings");
-  std::vector<std::int32_t> dates;
-  std::vector<std::int32_t> flags;
-  for (const auto& entry : account.GetEntries()) {
-    dates.push_back(entry->GetDate());
-    flags.push_back(entry->GetEntryFlags());
-  }
-  EXPECT_EQ(dates, (std::vector<std::int32_t>{19691231, 20080229, 20080703}));
-  EXPECT_EQ(flags, (std::vector<std::int32_t>{2, 6, 13}));
-  EXPECT_EQ(account.GetEntries()[1]->GetLinkedEntry(), 17);
-  ASSERT_EQ(account.GetEntries()[2]->splitLineItems().size(), 1u);
-  EXPECT_EQ(account.GetEntries()[2]->splitLineItems()[0]->amount(), -25.5);
-  ASSERT_EQ(account.GetSchedules().size(), 1u);
-  const ZELMAccountSchedule& schedule = *account.GetSchedules()[0];
-  EXPECT_EQ(schedule.GetDate(), 20080315);
-  EXPECT_EQ(schedule.GetLinkedAccount(), 4);
-  EXPECT_EQ(schedule.GetLinkedEntry(), -1);
-  EXPECT_EQ(schedule.GetCommittedDates(), std::vector<std::int32_t>{20080314});
-  EXPECT_EQ(schedule.NextEntryDate(), 20080415);
 }
 
 }  // namespace

@@ -61,7 +61,7 @@ class Reader {
   Expected<Value, ReadError> Read() {
     Value top;
     if (!ReadTrailer() || !ReadObject(top_object_, size_ - kTrailerSize + 16, 0, &top)) {
-      return Unexpected(error_);
+      return Unexpected{error_};
     }
     return top;
   }

@@ -67,7 +67,7 @@ std::size_t FirstUnpairedSurrogate(const std::vector<UChar>& units) {
 Expected<Value, ReadError> ReadUtf16Xml(std::string_view bytes, const Detected& detected) {
   const std::string_view body = bytes.substr(detected.bom_size);
   if (body.size() % 2 != 0) {
-    return Unexpected(ReadError{"UTF-16 text has an odd number of bytes", bytes.size() - 1});
+    return Unexpected{ReadError{"UTF-16 text has an odd number of bytes", bytes.size() - 1}};
   }
   std::vector<UChar> units(body.size() / 2);
   const bool little_endian = detected.encoding == TextEncoding::kUtf16LE;
@@ -87,15 +87,15 @@ Expected<Value, ReadError> ReadUtf16Xml(std::string_view bytes, const Detected& 
     u_strToUTF8(text.data(), length, nullptr, units.data(), unit_count, &status);
   }
   if (U_FAILURE(status)) {
-    return Unexpected(ReadError{"unpaired surrogate in UTF-16 text",
-                                detected.bom_size + 2 * FirstUnpairedSurrogate(units)});
+    return Unexpected{ReadError{"unpaired surrogate in UTF-16 text",
+                                detected.bom_size + 2 * FirstUnpairedSurrogate(units)}};
   }
   std::string converted = text;  // kept to map error offsets back to the file
   Expected<Value, ReadError> value = ReadXml(std::move(text));
   if (!value) {
     ReadError error = value.error();
     error.offset = Utf16Offset(converted, error.offset, detected.bom_size);
-    return Unexpected(std::move(error));
+    return Unexpected{std::move(error)};
   }
   return value;
 }
@@ -109,24 +109,24 @@ Expected<Value, ReadError> ReadText(std::string bytes) {
   if (!value) {
     ReadError error = value.error();
     error.offset += detected.bom_size;
-    return Unexpected(std::move(error));
+    return Unexpected{std::move(error)};
   }
   return value;
 }
 
 // Reads a property list whose bytes the caller hands over, so that XML needs no copy.
 Expected<Value, ReadError> ReadOwned(std::string_view view, std::string* owned) {
-  if (view.empty()) return Unexpected(ReadError{"the property list is empty", 0});
+  if (view.empty()) return Unexpected{ReadError{"the property list is empty", 0}};
   const std::optional<Format> format = DetectFormat(view);
   if (!format) {
-    return Unexpected(ReadError{"not a property list: neither XML nor \"bplist00\"", 0});
+    return Unexpected{ReadError{"not a property list: neither XML nor \"bplist00\"", 0}};
   }
   if (*format == Format::kBinary) {
     if (!view.starts_with("bplist00")) {
-      return Unexpected(
+      return Unexpected{
           ReadError{"binary property list version \"" + std::string(view.substr(0, 8)) +
                         "\" is not supported",
-                    0});
+                    0}};
     }
     return ReadBinary(view);
   }
@@ -151,8 +151,8 @@ Expected<Value, ReadError> Read(std::string_view bytes) { return ReadOwned(bytes
 
 Expected<Value, ReadError> ReadFile(const std::filesystem::path& path) {
   const auto fail = [&path](int error) {
-    return Unexpected(ReadError{
-        "cannot read " + path.string() + ": " + std::generic_category().message(error), 0});
+    return Unexpected{ReadError{
+        "cannot read " + path.string() + ": " + std::generic_category().message(error), 0}};
   };
   std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
                                                        &std::fclose);

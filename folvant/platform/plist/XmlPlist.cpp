@@ -723,18 +723,18 @@ std::size_t FirstInvalidByte(std::string_view text) {
 Expected<Value, ReadError> ReadXml(std::string text) {
   const std::size_t bad = FirstInvalidByte(text);
   if (bad != std::string_view::npos) {
-    return Unexpected(ReadError{text[bad] == '\0' ? "NUL byte in XML text" : "text is not UTF-8", bad});
+    return Unexpected{ReadError{text[bad] == '\0' ? "NUL byte in XML text" : "text is not UTF-8", bad}};
   }
   pugi::xml_document document;
   const pugi::xml_parse_result parsed =
       document.load_buffer_inplace(text.data(), text.size(), kParseOptions, pugi::encoding_utf8);
   if (!parsed) {
-    return Unexpected(ReadError{std::string("malformed XML: ") + parsed.description(),
-                                static_cast<std::size_t>(parsed.offset)});
+    return Unexpected{ReadError{std::string("malformed XML: ") + parsed.description(),
+                                static_cast<std::size_t>(parsed.offset)}};
   }
   Reader reader(text.data(), text.size());
   Value value;
-  if (!reader.ReadDocument(document, &value)) return Unexpected(reader.error());
+  if (!reader.ReadDocument(document, &value)) return Unexpected{reader.error()};
   return value;
 }
 
