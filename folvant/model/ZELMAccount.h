@@ -493,9 +493,23 @@ class ZELMAccount {
   // building the combined list.
   template <typename Visit>
   void ForEachEntry(Visit&& visit) const {
-    for (const auto& entry : entries_) visit(*entry);
-    for (const auto& folder : folders_) {
-      for (const auto& entry : folder->entries()) visit(*entry);
+    VisitEntries(entries_, visit);
+    for (const auto& folder : folders_) VisitEntries(folder->entries(), visit);
+  }
+  // Entries are scattered over the heap: fetching a few ahead keeps long walks (balances over
+  // a large register) from waiting on memory at every entry.
+  template <typename Visit>
+  static void VisitEntries(const EntryList& list, Visit& visit) {
+    constexpr std::size_t kAhead = 8;
+    const std::size_t count = list.size();
+    for (std::size_t i = 0; i < count; ++i) {
+      if (i + kAhead < count) {
+        const char* ahead = reinterpret_cast<const char*>(list[i + kAhead].get());
+        __builtin_prefetch(ahead);
+        __builtin_prefetch(ahead + 64);
+        __builtin_prefetch(ahead + 128);
+      }
+      visit(*list[i]);
     }
   }
   // As ForEachEntry, handing over the owning pointer.

@@ -139,7 +139,7 @@ TEST_F(Cli, SampleBookLoadsCleanlyAndBalancesAddUp) {
   CommandResult sorted = Folvant("--book book register Checking --sort 4 --descending --json");
   ASSERT_EQ(sorted.status, 0) << sorted.err;
   const auto first_amount = sorted.out.find("\"amount\": ");
-  EXPECT_EQ(sorted.out.substr(first_amount, 18), "\"amount\": 2480.16");
+  EXPECT_EQ(sorted.out.substr(first_amount, 17), "\"amount\": 2480.16");
 }
 
 }  // namespace
