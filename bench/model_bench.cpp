@@ -5,11 +5,16 @@
 // BM_LoadedEntryMemory.
 //
 //   model_bench [--entries=N] [Google Benchmark flags]
+//   model_bench --write-file=PATH [--entries=N]   writes the generated account (binary)
+//   model_bench --time-file=PATH                  in a fresh process: loads PATH into objects,
+//                                                 saves it to PATH.out, prints the seconds of
+//                                                 each and the resident bytes per entry
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -19,6 +24,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "folvant/model/ZELMAccount.h"
@@ -33,11 +39,11 @@ namespace plist = folvant::plist;
 std::size_t g_entries = 1'000'000;
 
 std::vector<std::string> Texts() {
-  static const char* const kNames[] = {"Grocer",  "Shell",    "City Water", "Landlord",
-                                       "Payroll", "Pharmacy", "Café Müller", "Bookshop",
-                                       "Insurance Co.", "Mobile Phone", "Gym", "Bakery"};
-  static const char* const kTails[] = {"", " weekly", " #2291", " - monthly payment",
-                                       " downtown branch", " (refund)"};
+  static const char* const kNames[] = {"Grocer",        "Shell",        "City Water",  "Landlord",
+                                       "Payroll",       "Pharmacy",     "Café Müller", "Bookshop",
+                                       "Insurance Co.", "Mobile Phone", "Gym",         "Bakery"};
+  static const char* const kTails[] = {
+      "", " weekly", " #2291", " - monthly payment", " downtown branch", " (refund)"};
   std::vector<std::string> texts;
   for (const char* name : kNames) {
     for (const char* tail : kTails) texts.push_back(std::string(name) + tail);
@@ -196,7 +202,8 @@ void BM_SaveAccountFile(benchmark::State& state) {
   const auto path = SharedFile().string() + ".out";
   for (auto _ : state) {
     const std::string bytes = plist::Write(account.asDictionary(), plist::Format::kBinary);
-    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(path, std::ios::binary)
+        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   }
   std::filesystem::remove(path);
 }
@@ -235,17 +242,80 @@ BENCHMARK(BM_LoadAccountFile)->Unit(kMs);
 BENCHMARK(BM_SaveAccountFile)->Unit(kMs);
 BENCHMARK(BM_LoadedEntryMemory)->Unit(kMs)->Iterations(1);
 
+double Seconds(std::chrono::steady_clock::time_point since) {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - since).count();
+}
+
+// The program's own load and save, once each, on a heap that nothing else has used yet. The
+// phases are timed too: reading the tree, building the objects, freeing the tree; making the
+// tree, encoding it, writing the file.
+int TimeFile(const std::filesystem::path& path) {
+  using Clock = std::chrono::steady_clock;
+  const double before = ResidentBytes();
+  const auto load_start = Clock::now();
+  std::unique_ptr<ZELMAccount> account;
+  double read_seconds = 0, build_seconds = 0;
+  {
+    auto tree = plist::ReadFile(path);
+    read_seconds = Seconds(load_start);
+    if (!tree.has_value() || tree.value().asDictionary() == nullptr) {
+      std::fprintf(stderr, "%s: not an account file\n", path.c_str());
+      return 1;
+    }
+    const auto build_start = Clock::now();
+    account = std::make_unique<ZELMAccount>(tree.value().asDictionary());
+    build_seconds = Seconds(build_start);
+  }
+  const double load_seconds = Seconds(load_start);
+  malloc_trim(0);
+  const double per_entry =
+      (ResidentBytes() - before) / static_cast<double>(account->GetEntries().size());
+  const auto save_start = Clock::now();
+  double tree_seconds = 0, encode_seconds = 0;
+  {
+    plist::Value tree(account->asDictionary());
+    tree_seconds = Seconds(save_start);
+    const auto encode_start = Clock::now();
+    const std::string bytes = plist::Write(tree, plist::Format::kBinary);
+    encode_seconds = Seconds(encode_start);
+    std::ofstream out(path.string() + ".out", std::ios::binary);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  }
+  const double save_seconds = Seconds(save_start);
+  std::printf(
+      "entries %zu\nload_seconds %.3f (read %.3f, objects %.3f)\n"
+      "save_seconds %.3f (tree %.3f, encode %.3f)\nbytes_per_entry %.0f\n",
+      account->GetEntries().size(), load_seconds, read_seconds, build_seconds, save_seconds,
+      tree_seconds, encode_seconds, per_entry);
+  std::filesystem::remove(path.string() + ".out");
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::string write_file, time_file;
   for (int i = 1; i < argc; ++i) {
-    if (std::strncmp(argv[i], "--entries=", 10) == 0) {
+    const std::string_view arg = argv[i];
+    if (arg.starts_with("--entries=")) {
       g_entries = std::strtoull(argv[i] + 10, nullptr, 10);
-      // Hide the flag from Google Benchmark.
-      for (int j = i; j + 1 < argc; ++j) argv[j] = argv[j + 1];
-      --argc;
-      --i;
+    } else if (arg.starts_with("--write-file=")) {
+      write_file = arg.substr(13);
+    } else if (arg.starts_with("--time-file=")) {
+      time_file = arg.substr(12);
+    } else {
+      continue;
     }
+    // Hide our flags from Google Benchmark.
+    for (int j = i; j + 1 < argc; ++j) argv[j] = argv[j + 1];
+    --argc;
+    --i;
+  }
+  if (!time_file.empty()) return TimeFile(time_file);
+  if (!write_file.empty()) {
+    std::ofstream(write_file, std::ios::binary)
+        << plist::Write(SharedStored(), plist::Format::kBinary);
+    return 0;
   }
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();

@@ -41,8 +41,7 @@ std::shared_ptr<ZELMFilter> SmartFolder(const char* nameKey, std::int32_t qualif
   group->setLogic(ZELMFilterConditionGroup::kLogicNarrows);
   group->setQualifier(ZELMFilterConditionGroup::kQualifierAll);
   // The empty array is data enough: a date condition without any data passes everything.
-  group->addConditionWithCategory(ZELMFilterCondition::kCategoryDate, 1, qualifier,
-                                  plist::Array{});
+  group->addConditionWithCategory(ZELMFilterCondition::kCategoryDate, 1, qualifier, plist::Array{});
   auto filter = std::make_shared<ZELMFilter>();
   filter->setName(Localized(nameKey));
   filter->addConditionGroup(std::move(group));
@@ -197,8 +196,8 @@ ZELMAccount::EntryList ZELMAccount::FilteredEntriesForView(std::int32_t viewType
     return filter->filterEntries(shown->entries());
   }
   // Without folders all entries are the main list, which need not be copied first.
-  EntryList entries =
-      filter->filterEntries(folders().empty() ? GetEntries() : GetAllEntries());
+  EntryList entries = folders().empty() ? filter->filterEntries(GetEntries())
+                                        : filter->filterEntries(GetAllEntries());
   if (const std::shared_ptr<ZELMFilter> smart = smartFolder()) {
     entries = smart->filterEntries(entries);
   }

@@ -1,10 +1,9 @@
 #include "folvant/filters/ZELMFilterCondition.h"
 
-#include <algorithm>
 #include <bit>
 #include <charconv>
-#include <cstring>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <optional>
 #include <unordered_map>
@@ -48,11 +47,23 @@ bool EqualsLowered(const char* text, std::string_view needle) {
   return true;
 }
 
-// Eight bytes of text from `p`, the first in the lowest byte; zeros past `available` bytes.
-std::uint64_t LoadWord(const char* p, std::size_t available) {
-  std::uint64_t word = 0;
-  std::memcpy(&word, p, std::min<std::size_t>(available, 8));
+// Eight bytes of text from `p`, the first in the lowest byte.
+std::uint64_t LoadWord(const char* p) {
+  std::uint64_t word;
+  std::memcpy(&word, p, 8);
   if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+  return word;
+}
+
+// The last `count` (1 to 7) bytes of the text, the first in the lowest byte: read as the
+// text's last eight bytes when it has that many, so short tails cost one load too.
+std::uint64_t LoadTail(std::string_view text, std::size_t count) {
+  if (text.size() >= 8) return LoadWord(text.data() + text.size() - 8) >> (8 * (8 - count));
+  std::uint64_t word = 0;
+  const char* p = text.data() + text.size() - count;
+  for (std::size_t i = 0; i < count; ++i) {
+    word |= static_cast<std::uint64_t>(static_cast<unsigned char>(p[i])) << (8 * i);
+  }
   return word;
 }
 
@@ -80,17 +91,23 @@ std::optional<bool> MatchAsciiNeedle(std::string_view field, std::string_view ne
       const std::uint64_t pattern = static_cast<unsigned char>(first) * kOnes;
       const std::size_t last_start = m - n;  // only meaningful when n <= m
       std::uint64_t high = 0;
-      for (std::size_t base = 0; base < m; base += 8) {
-        const std::uint64_t word = LoadWord(field.data() + base, m - base);
+      // Looks for the needle at the candidates among the eight bytes from `base`.
+      const auto found_in = [&](std::uint64_t word, std::size_t base) {
         high |= word;
-        if (n > m) continue;
+        if (n > m) return false;
         const std::uint64_t y = (word | fold) ^ pattern;
         for (std::uint64_t zeros = (y - kOnes) & ~y & kHighs; zeros != 0; zeros &= zeros - 1) {
           const std::size_t at = base + static_cast<std::size_t>(std::countr_zero(zeros)) / 8;
-          if (at > last_start) break;
+          if (at > last_start) return false;
           if (EqualsLowered(field.data() + at, needle)) return true;
         }
+        return false;
+      };
+      std::size_t base = 0;
+      for (; base + 8 <= m; base += 8) {
+        if (found_in(LoadWord(field.data() + base), base)) return true;
       }
+      if (base < m && found_in(LoadTail(field, m - base), base)) return true;
       if (high & kHighs) return std::nullopt;
       return false;
     }
@@ -108,8 +125,8 @@ std::optional<bool> MatchAsciiNeedle(std::string_view field, std::string_view ne
   }
 }
 
-// A text qualifier on a case-folded field and a case-folded needle. An empty needle is found
-// nowhere, as the platform's anchored and unanchored searches answer.
+// A text qualifier on a case-folded field and a case-folded needle. An empty needle (amount
+// text that held nothing but thousands separators) is found nowhere.
 bool MatchFolded(std::string_view field, std::string_view needle, std::int32_t qualifier) {
   const std::size_t n = needle.size();
   if (n == 0 || n > field.size()) return false;
@@ -192,10 +209,15 @@ DateSpan DaySpan(Day first, Day last) {
   return {schedule::DateNumberFromDay(first), schedule::DateNumberFromDay(last)};
 }
 
+// A named range counted from today. Today comes from the clock, so it is a real day and every
+// named range exists.
+DateRange Kit(std::int32_t code, std::int32_t today) {
+  return DateRangeForMnemonic(code, today).value();
+}
+
 DateSpan KitSpan(std::int32_t code, std::int32_t today) {
-  const std::optional<DateRange> range = DateRangeForMnemonic(code, today);
-  if (!range) return {};
-  return {range->start, range->end};
+  const DateRange range = Kit(code, today);
+  return {range.start, range.end};
 }
 
 DateSpan SpanForDateQualifier(std::int32_t qualifier, std::int64_t a, std::int64_t b) {
@@ -218,19 +240,18 @@ DateSpan SpanForDateQualifier(std::int32_t qualifier, std::int64_t a, std::int64
   const std::int32_t today_number = platform::Today();
   const Day today = schedule::DayFromDateNumber(today_number);
   const auto kit = [&](std::int32_t code) {
-    const std::optional<DateRange> range = DateRangeForMnemonic(code, today_number);
-    return range ? std::pair{schedule::DayFromDateNumber(range->start),
-                             schedule::DayFromDateNumber(range->end)}
-                 : std::pair{today, today};
+    const DateRange range = Kit(code, today_number);
+    return std::pair{schedule::DayFromDateNumber(range.start),
+                     schedule::DayFromDateNumber(range.end)};
   };
   switch (qualifier) {
     case ZELMFilterCondition::kQualifierToday: {
-      const DateSpan span = KitSpan(kMnemonicToday, today_number);
-      return {span.first, span.first};
+      const std::int32_t day = Kit(kMnemonicToday, today_number).start;
+      return {day, day};
     }
     case ZELMFilterCondition::kQualifierYesterday: {
-      const DateSpan span = KitSpan(kMnemonicYesterday, today_number);
-      return {span.first, span.first};
+      const std::int32_t day = Kit(kMnemonicYesterday, today_number).start;
+      return {day, day};
     }
     // Days.
     case 20:
@@ -268,7 +289,8 @@ DateSpan SpanForDateQualifier(std::int32_t qualifier, std::int64_t a, std::int64
     }
     case 42: {
       const std::int64_t back = 1 - schedule::CivilFromDay(today).day;
-      return DaySpan(AddYearsMonthsDays(today, 0, -a, back), AddYearsMonthsDays(today, 0, -b, back));
+      return DaySpan(AddYearsMonthsDays(today, 0, -a, back),
+                     AddYearsMonthsDays(today, 0, -b, back));
     }
     // Quarters. The end of 51 keeps the quarter's last day number, clamped: 30 September plus
     // a quarter is 30 December.
@@ -451,16 +473,15 @@ EntryList ZELMFilterCondition::filter_General(const EntryList& entries) const {
 // ---- The prepared condition -----------------------------------------------------------------
 
 struct ZELMFilterCondition::Prepared::Lookups {
-  OutcomeMemo types;           // per account: the type's name
-  OutcomeMemo categories;      // per account: the category's full name
+  OutcomeMemo types;            // per account: the type's name
+  OutcomeMemo categories;       // per account: the category's full name
   OutcomeMemo splitCategories;  // per accounts controller: the category's own name
 };
 
 ZELMFilterCondition::Prepared::Prepared(const ZELMFilterCondition& condition)
     : Prepared(condition, condition.category()) {}
 
-ZELMFilterCondition::Prepared::Prepared(const ZELMFilterCondition& condition,
-                                        std::int32_t category)
+ZELMFilterCondition::Prepared::Prepared(const ZELMFilterCondition& condition, std::int32_t category)
     : category_(category), qualifier_(condition.qualifier()), logic_(condition.logic() != 0) {
   const plist::Value* data = condition.data();
   if (data == nullptr) return;
@@ -649,14 +670,13 @@ bool ZELMFilterCondition::Prepared::KeepsText(const ZELMAccountEntry& entry) {
       // The first line item that passes keeps the entry; items whose category is not in the
       // controller's tree are skipped, and an entry without items is dropped.
       for (const auto& item : entry.splitLineItems()) {
-        const Outcome outcome =
-            lookups_->splitCategories.Get(controller, item->category(), [&] {
-              if (controller == nullptr) return kNotFound;
-              const std::shared_ptr<ZELMAccountEntryCategory> c =
-                  controller->categoryWithNumber(item->category());
-              if (!c) return kNotFound;
-              return MatchesText(c->name()) ? kMatch : kNoMatch;
-            });
+        const Outcome outcome = lookups_->splitCategories.Get(controller, item->category(), [&] {
+          if (controller == nullptr) return kNotFound;
+          const std::shared_ptr<ZELMAccountEntryCategory> c =
+              controller->categoryWithNumber(item->category());
+          if (!c) return kNotFound;
+          return MatchesText(c->name()) ? kMatch : kNoMatch;
+        });
         if (outcome != kNotFound && (outcome == kMatch) == logic_) return true;
       }
       return false;

@@ -120,9 +120,9 @@ class ZELMFilterCondition {
   // A condition made ready to test many entries. Everything that does not depend on the
   // entry is worked out once here: the search text is case-folded (and, for amount text,
   // cleaned of the user's thousands separator), the date range is resolved from today's date
-  // on the clock, the amount bounds are computed. Keeps() then does no allocation and no ICU
-  // call for ASCII text, and looks up each type or category name once per account and
-  // number. The prepared form copies what it needs from the condition.
+  // on the clock, the amount bounds are computed. Keeps() then searches ASCII text in place,
+  // with no ICU call and no allocation, and looks up each type or category name once per
+  // account and number. The prepared form copies what it needs from the condition.
   class Prepared {
    public:
     explicit Prepared(const ZELMFilterCondition& condition);
@@ -150,10 +150,10 @@ class ZELMFilterCondition {
     std::int32_t category_ = 0;
     std::int32_t qualifier_ = 0;
     bool logic_ = true;
-    bool flag_ = false;          // boolean categories: the data's boolean value
-    double low_ = 0, high_ = 0;  // amount: the open interval that matches
+    bool flag_ = false;                  // boolean categories: the data's boolean value
+    double low_ = 0, high_ = 0;          // amount: the open interval that matches
     std::int64_t first_ = 0, last_ = 0;  // date: the closed range of date numbers that match
-    std::string needle_;          // text: the case-folded search text
+    std::string needle_;                 // text: the case-folded search text
     bool needleAscii_ = true;
     std::string decimalSeparator_;
     std::string scratch_;  // the amount text of the entry being tested

@@ -164,8 +164,8 @@ std::vector<std::int32_t> SplitLayout(std::string_view text) {
   std::size_t start = 0;
   while (true) {
     const std::size_t comma = text.find(',', start);
-    const std::string_view piece =
-        text.substr(start, comma == std::string_view::npos ? std::string_view::npos : comma - start);
+    const std::string_view piece = text.substr(
+        start, comma == std::string_view::npos ? std::string_view::npos : comma - start);
     layout.push_back(plist::Value(piece).intValue());
     if (comma == std::string_view::npos) break;
     start = comma + 1;
@@ -236,11 +236,11 @@ void ZELMAccount::ReadDictionary(const plist::Dictionary& dict) {
                "Account icon is in the wrong format in -[ZELMAccount initWithDictionary:]")) {
     icon_ = *value->asData();
   }
-  if (const plist::Value* value = Read(
-          dict, "highResolutionIcon", Kind::kData,
-          "Account does not have a highResolutionIcon in -[ZELMAccount initWithDictionary:]",
-          "Account highResolutionIcon is in the wrong format in -[ZELMAccount "
-          "initWithDictionary:]")) {
+  if (const plist::Value* value =
+          Read(dict, "highResolutionIcon", Kind::kData,
+               "Account does not have a highResolutionIcon in -[ZELMAccount initWithDictionary:]",
+               "Account highResolutionIcon is in the wrong format in -[ZELMAccount "
+               "initWithDictionary:]")) {
     highResolutionIcon_ = *value->asData();
   }
   if (const plist::Value* value =
@@ -261,10 +261,10 @@ void ZELMAccount::ReadDictionary(const plist::Dictionary& dict) {
                "Account entries are in the wrong format in -[ZELMAccount initWithDictionary:]")) {
     InitEntries(value);
   }
-  if (const plist::Value* value = Read(
-          dict, "schedules", Kind::kArray,
-          "Account does not have schedules in -[ZELMAccount initWithDictionary:]",
-          "Account schedules are in the wrong format in -[ZELMAccount initWithDictionary:]")) {
+  if (const plist::Value* value =
+          Read(dict, "schedules", Kind::kArray,
+               "Account does not have schedules in -[ZELMAccount initWithDictionary:]",
+               "Account schedules are in the wrong format in -[ZELMAccount initWithDictionary:]")) {
     InitSchedules(value);
   }
   if (const plist::Value* value =
@@ -286,9 +286,8 @@ void ZELMAccount::ReadDictionary(const plist::Dictionary& dict) {
   if (const plist::Value* value = dict.find("types")) {
     if (const plist::Array* array = value->asArray()) {
       types_ = TypesOf(*array);
-      std::stable_sort(types_.begin(), types_.end(), [](const auto& a, const auto& b) {
-        return a->NameIsGreaterThan(*b) < 0;
-      });
+      std::stable_sort(types_.begin(), types_.end(),
+                       [](const auto& a, const auto& b) { return a->NameIsGreaterThan(*b) < 0; });
     } else {
       ZELMLog("types are in the wrong format for ZELMAccount.");
     }
@@ -322,10 +321,9 @@ void ZELMAccount::ReadDictionary(const plist::Dictionary& dict) {
     }
   }
   ReadInt(dict, "numberCount", numberCount_);
-  if (const plist::Value* value =
-          Read(dict, "statementBalance", Kind::kAny,
-               "Account does not have a statementBalance in -[ZELMAccount initWithDictionary:]",
-               {})) {
+  if (const plist::Value* value = Read(
+          dict, "statementBalance", Kind::kAny,
+          "Account does not have a statementBalance in -[ZELMAccount initWithDictionary:]", {})) {
     setStatementBalance(value->doubleValue());
   }
   if (const plist::Value* value = dict.find("accountSummaries")) {
@@ -338,7 +336,8 @@ void ZELMAccount::ReadDictionary(const plist::Dictionary& dict) {
   if (const plist::Value* value = dict.find("selectedAccountSummary")) {
     // Compared unsigned, so a negative index selects the first summary too.
     const auto index = static_cast<std::uint32_t>(value->intValue());
-    if (index < accountSummaries_.size()) selectedAccountSummary_ = static_cast<std::int32_t>(index);
+    if (index < accountSummaries_.size())
+      selectedAccountSummary_ = static_cast<std::int32_t>(index);
   }
   const std::pair<std::string_view, ViewFilterSettings*> views[] = {
       {"entry", &entryFilter_}, {"reconcile", &reconcileFilter_}};
@@ -479,9 +478,9 @@ plist::Dictionary ZELMAccount::asDictionary() const {
   dict.append("statementBalance", statementBalance_);
   dict.append("accountSummaries", accountSummaries_);
   dict.append("selectedAccountSummary", selectedAccountSummary_);
-  for (const auto& [prefix, view] : {std::pair<std::string, const ViewFilterSettings*>{
-                                         "entry", &entryFilter_},
-                                     {"reconcile", &reconcileFilter_}}) {
+  for (const auto& [prefix, view] :
+       {std::pair<std::string, const ViewFilterSettings*>{"entry", &entryFilter_},
+        {"reconcile", &reconcileFilter_}}) {
     dict.append(prefix + "FilterType", view->filterType);
     if (!view->filterData.isNone()) dict.append(prefix + "FilterData", view->filterData);
     dict.append(prefix + "ResolvedFilterType", view->resolvedFilterType);

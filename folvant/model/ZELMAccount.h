@@ -22,11 +22,12 @@ class ZELMFilter;
 class ZELMAccountsController;
 
 // One bank account of the ledger: its register (the main entry list and the entries filed in
-// folders), entry types, currency, password, suggestion lists, import and export settings,
-// view-filter settings and the stored forms of its schedules, summaries and smart folders.
+// folders), entry types, currency, password, suggestion lists, schedules, smart folders,
+// import and export settings, view-filter settings and the stored form of its summaries.
 // Accounts are held by the accounts controller through std::shared_ptr; the account owns its
-// entries, types and folders and refers to the controller by a plain pointer (not owned), which
-// must outlive it. Entries filed in the account point back to it and must not outlive it.
+// entries, types, schedules and folders and refers to the controller by a plain pointer (not
+// owned), which must outlive it. Entries filed in the account point back to it; the account
+// clears those pointers when it goes.
 class ZELMAccount {
  public:
   using EntryList = std::vector<std::shared_ptr<ZELMAccountEntry>>;
@@ -61,7 +62,9 @@ class ZELMAccount {
 
   // ---- Identity and display ----
   ZELMAccountsController* accountsController() const { return accountsController_; }
-  void setAccountsController(ZELMAccountsController* controller) { accountsController_ = controller; }
+  void setAccountsController(ZELMAccountsController* controller) {
+    accountsController_ = controller;
+  }
   std::int32_t GetNumber() const { return number_; }
   void SetNumber(std::int32_t number) { number_ = number; }
   std::int32_t GetVersion() const { return version_; }
@@ -321,9 +324,7 @@ class ZELMAccount {
   }
   std::int32_t reconcileDateFilterType() const { return reconcileFilter_.dateFilterType; }
   void setReconcileDateFilterType(std::int32_t type) { reconcileFilter_.dateFilterType = type; }
-  std::int32_t reconcileDateFilterStartDate() const {
-    return reconcileFilter_.dateFilterStartDate;
-  }
+  std::int32_t reconcileDateFilterStartDate() const { return reconcileFilter_.dateFilterStartDate; }
   void setReconcileDateFilterStartDate(std::int32_t date) {
     reconcileFilter_.dateFilterStartDate = date;
   }
@@ -354,7 +355,8 @@ class ZELMAccount {
   // Whether any schedule has something due now (stops at the first that has).
   bool HasPendingScheduledEntries() const;
   // The number of occurrences due by `date` over all schedules; 0 for no date.
-  std::int64_t numberOfPendingScheduledEntriesForDate(std::optional<platform::LocalTime> date) const;
+  std::int64_t numberOfPendingScheduledEntriesForDate(
+      std::optional<platform::LocalTime> date) const;
 
   // ---- Summaries ----
   // The summaries' option dictionaries, in stored form, and the index of the one shown.
@@ -432,9 +434,7 @@ class ZELMAccount {
   void SetQIFImportSplitLineItems(bool on) { QIFImportSplitLineItems_ = on; }
   std::int32_t GetQIFImport_SwapOptions_ToFrom() const { return QIFImport_SwapOptions_ToFrom_; }
   void SetQIFImport_SwapOptions_ToFrom(std::int32_t v) { QIFImport_SwapOptions_ToFrom_ = v; }
-  std::int32_t GetQIFImport_SwapOptions_Category() const {
-    return QIFImport_SwapOptions_Category_;
-  }
+  std::int32_t GetQIFImport_SwapOptions_Category() const { return QIFImport_SwapOptions_Category_; }
   void SetQIFImport_SwapOptions_Category(std::int32_t v) { QIFImport_SwapOptions_Category_ = v; }
   std::int32_t GetQIFImport_SwapOptions_Description() const {
     return QIFImport_SwapOptions_Description_;

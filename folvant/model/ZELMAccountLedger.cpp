@@ -150,9 +150,8 @@ ZELMAccount::EntryList ZELMAccount::GetAllEntries() const {
   for (const auto& folder : folders_) count += folder->entries().size();
   EntryList all;
   all.reserve(count);
-  ForEachEntryPointer([&all](const std::shared_ptr<ZELMAccountEntry>& entry) {
-    all.push_back(entry);
-  });
+  ForEachEntryPointer(
+      [&all](const std::shared_ptr<ZELMAccountEntry>& entry) { all.push_back(entry); });
   return all;
 }
 
@@ -422,8 +421,7 @@ ZELMAccount::StringList ZELMAccount::TextsSome(bool deposits, bool descriptions,
 }
 
 std::optional<ZELMAccount::StringList> ZELMAccount::Preferred(std::int32_t style,
-                                                              std::int32_t someCount,
-                                                              bool deposits,
+                                                              std::int32_t someCount, bool deposits,
                                                               bool descriptions) const {
   switch (style) {
     case 0:
@@ -431,7 +429,8 @@ std::optional<ZELMAccount::StringList> ZELMAccount::Preferred(std::int32_t style
     case 1:
       return TextsSome(deposits, descriptions, someCount);
     case 2:
-      if (descriptions) return deposits ? preferredDepositDescriptions_ : preferredDebitDescriptions_;
+      if (descriptions)
+        return deposits ? preferredDepositDescriptions_ : preferredDebitDescriptions_;
       return deposits ? preferredFroms_ : preferredTos_;
     default:
       return std::nullopt;
@@ -457,7 +456,9 @@ std::optional<ZELMAccount::StringList> ZELMAccount::GetPreferredFroms() const {
 }
 
 ZELMAccount::StringList ZELMAccount::DebitDescriptions_All() const { return TextsAll(false, true); }
-ZELMAccount::StringList ZELMAccount::DepositDescriptions_All() const { return TextsAll(true, true); }
+ZELMAccount::StringList ZELMAccount::DepositDescriptions_All() const {
+  return TextsAll(true, true);
+}
 ZELMAccount::StringList ZELMAccount::Tos_All() const { return TextsAll(false, false); }
 ZELMAccount::StringList ZELMAccount::Froms_All() const { return TextsAll(true, false); }
 

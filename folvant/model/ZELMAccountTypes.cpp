@@ -47,12 +47,18 @@ ZELMAccount::TypeList ZELMAccount::defaultTypes() {
   // Listed by number. Only "Check" is a check type ("Cashier's Check" is not), and the two
   // "Transfer" types differ by direction.
   static constexpr Default kDefaults[] = {
-      {"ATM", false, false},           {"Automatic Draft", false, false},
-      {"Cash", false, false},          {"Cashier's Check", false, false},
-      {"Check", true, false},          {"Debit Card", false, false},
-      {"Draft", false, false},         {"Money Order", false, false},
-      {"Online Payment", false, false}, {"Transfer", false, false},
-      {"Deposit", false, true},        {"Direct Deposit", false, true},
+      {"ATM", false, false},
+      {"Automatic Draft", false, false},
+      {"Cash", false, false},
+      {"Cashier's Check", false, false},
+      {"Check", true, false},
+      {"Debit Card", false, false},
+      {"Draft", false, false},
+      {"Money Order", false, false},
+      {"Online Payment", false, false},
+      {"Transfer", false, false},
+      {"Deposit", false, true},
+      {"Direct Deposit", false, true},
       {"Transfer", false, true},
   };
   TypeList types;

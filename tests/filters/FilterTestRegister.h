@@ -17,53 +17,38 @@ inline void PrintTo(const ZELMAccountEntry& entry, std::ostream* os) {
       << "\"";
 }
 
-}  // namespace folvant
+namespace testing {
 
-namespace folvant::testing {
-
-// A category tree for filter tests: Auto (1) with Fuel (2) under it, and Food (3).
+// The category tree Auto (1) > Fuel (2), and Food (3); nothing else.
 class TestController final : public ZELMAccountsController {
  public:
   TestController() {
-    auto fuel = std::make_shared<ZELMAccountEntryCategory>();
-    fuel->setName("Fuel");
-    fuel->setNumber(2);
-    auto top = std::make_shared<ZELMAccountEntryCategory>();
-    top->setName("Auto");
-    top->setNumber(1);
-    top->addChild(fuel);
-    auto food = std::make_shared<ZELMAccountEntryCategory>();
-    food->setName("Food");
-    food->setNumber(3);
-    roots_ = {top, food};
+    for (auto [name, number] : {std::pair{"Auto", 1}, {"Fuel", 2}, {"Food", 3}}) {
+      categories_.push_back(std::make_shared<ZELMAccountEntryCategory>());
+      categories_.back()->setName(name);
+      categories_.back()->setNumber(number);
+    }
+    categories_[0]->addChild(categories_[1]);
   }
   std::shared_ptr<LVCurrency> currency() const override { return nullptr; }
   std::shared_ptr<LVCurrency> currencyWithCode(std::string_view) const override { return nullptr; }
   std::vector<std::shared_ptr<LVCurrency>>& currencies() override { return currencies_; }
   std::shared_ptr<ZELMAccountEntryCategory> categoryWithNumber(std::int32_t number) const override {
-    for (const auto& category : allCategories()) {
-      if (category->number() == number) return category;
-    }
-    return nullptr;
+    return number >= 1 && number <= 3 ? categories_[number - 1] : nullptr;
   }
   std::vector<std::shared_ptr<ZELMAccountEntryCategory>> allCategories() const override {
-    std::vector<std::shared_ptr<ZELMAccountEntryCategory>> all;
-    for (const auto& root : roots_) {
-      all.push_back(root);
-      for (const auto& child : root->allChildren()) all.push_back(child);
-    }
-    return all;
+    return categories_;
   }
   std::shared_ptr<ZELMAccountEntryType> accountEntryTypeForNumber(std::int32_t) const override {
     return nullptr;
   }
 
  private:
-  std::vector<std::shared_ptr<ZELMAccountEntryCategory>> roots_;
+  std::vector<std::shared_ptr<ZELMAccountEntryCategory>> categories_;
   std::vector<std::shared_ptr<LVCurrency>> currencies_;
 };
 
-// An account with the default types (4 is "Check", 10 "Deposit") and the tree above.
+// An account with the default types (4 is "Check") and the tree above.
 struct TestRegister {
   TestController controller;
   ZELMAccount account;
@@ -83,4 +68,5 @@ struct TestRegister {
   }
 };
 
-}  // namespace folvant::testing
+}  // namespace testing
+}  // namespace folvant

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "folvant/filters/ZELMFilter.h"
 #include "folvant/model/ZELMAccount.h"
 #include "tests/filters/FilterTestRegister.h"
@@ -49,21 +51,18 @@ TEST(ZELMAccountSmartFolders, StoredListReplacesTheDefaultsAndRoundTrips) {
   EXPECT_TRUE(ZELMAccount(&not_an_array).smartFolders().empty());
 }
 
-TEST(ZELMAccountSmartFolders, ListOperationsAndTheShownSmartFolder) {
+TEST(ZELMAccountSmartFolders, RemovingTheShownSmartFolderDoesNotClearIt) {
   ZELMAccount account;
   const auto extra = std::make_shared<ZELMFilter>();
   account.addSmartFolder(extra);
   account.addSmartFolder(extra);
-  account.addSmartFolder(nullptr);
   account.removeSmartFolderAtIndex(3);
-  account.removeSmartFolderAtIndex(-1);
-  EXPECT_EQ(account.smartFolders().size(), 3u);
   account.setSmartFolder(extra);
   account.removeSmartFolder(extra.get());
-  EXPECT_EQ(account.smartFolders().size(), 2u);
-  EXPECT_EQ(account.smartFolder(), extra);
   account.removeSmartFolderAtIndex(0);
+  ASSERT_EQ(account.smartFolders().size(), 1u);
   EXPECT_EQ(account.smartFolders()[0]->name(), "Last Year");
+  EXPECT_EQ(account.smartFolder(), extra);
 }
 
 TEST(ZELMAccountViewFilters, NewAccountShowsEverythingBetweenTheFirstAndLastEntry) {
@@ -102,37 +101,57 @@ TEST(ZELMAccountViewFilters, SettingsBecomeConditions) {
   EXPECT_EQ(account.reconcileFilteredEntries(), EntryList{in_march});
   in_march->SetCleared(1);
   EXPECT_EQ(account.reconcileFilteredEntries(), EntryList{});
+}
 
-  // The register keeps its own settings; the first entry's date starts range 20.
-  account.setEntryDateFilterType(20);
-  account.setEntryResolvedFilterType(80);
-  EXPECT_EQ(account.entryFilter()->asDictionary(),
-            OneGroupFilter("General", {Condition(50, 6, ""), Condition(1, 2, 20080330),
-                                       Condition(1, 0, 20080616), Condition(6, 1, true)}));
-  // Named ranges come from today; unknown ones set no date limit.
-  account.setEntryDateFilterType(41);
-  EXPECT_EQ(account.entryFilter()->conditionGroups()[0]->conditions()[1]->asDictionary(),
-            Condition(1, 2, 20080500));
-  account.setEntryDateFilterType(99);
-  EXPECT_EQ(account.entryFilter()->conditionGroups()[0]->conditions().size(), 2u);
+TEST(ZELMAccountViewFilters, DateFilterTypesBecomeAnAfterAndBeforePair) {
+  testing::ScopedClockPin pin(20080615);
+  TestRegister reg;
+  reg.Add(20080401);
+  reg.Add(20080331);
+  // Type, then the data of the "after" and "before" conditions (0: no date conditions).
+  const std::tuple<std::int32_t, std::int32_t, std::int32_t> rows[] = {
+      {20, 20080330, 20080616}, {21, 20080614, 20080616},
+      {22, 20080613, 20080615}, {30, 20080614, 20080622},
+      {31, 20080600, 20080631}, {43, 20070100, 20071232},
+      {53, 20080100, 20080616}, {60, 20080330, 20080402},
+      {61, 20080300, 20080332}, {99, 0, 0}};
+  for (const auto& [type, after, before] : rows) {
+    SCOPED_TRACE(type);
+    reg.account.setEntryDateFilterType(type);
+    reg.account.setEntryDateFilterStartDate(20080301);
+    reg.account.setEntryDateFilterEndDate(20080331);
+    const auto filter = reg.account.entryFilter();
+    plist::Array conditions;
+    for (const auto& c : filter->conditionGroups()[0]->conditions()) {
+      conditions.emplace_back(c->asDictionary());
+    }
+    plist::Array expected{Condition(50, 6, "")};
+    if (after != 0) {
+      expected.emplace_back(Condition(1, 2, after));
+      expected.emplace_back(Condition(1, 0, before));
+    }
+    EXPECT_EQ(conditions, expected);
+  }
 }
 
 TEST(ZELMAccountViewFilters, FilterTypesNameTheFilterAndChooseTheField) {
-  const struct {
-    std::int32_t type;
-    const char* name;
-    std::int32_t category;
-  } rows[] = {{10, "Description", 0}, {11, "To/From", 5},           {12, "Type", 3},
-              {13, "Notes", 30},      {14, "Amount", 11},           {15, "Check Number", 10},
-              {16, "Category", 8},    {71, "Split Description", 21}, {72, "Split Category", 20},
-              {0, "General", 50},     {17, "General", 50}};
+  const std::tuple<std::int32_t, const char*, std::int32_t> rows[] = {{10, "Description", 0},
+                                                                      {11, "To/From", 5},
+                                                                      {12, "Type", 3},
+                                                                      {13, "Notes", 30},
+                                                                      {14, "Amount", 11},
+                                                                      {15, "Check Number", 10},
+                                                                      {16, "Category", 8},
+                                                                      {71, "Split Description", 21},
+                                                                      {72, "Split Category", 20},
+                                                                      {0, "General", 50},
+                                                                      {17, "General", 50}};
   ZELMAccount account;
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.type);
-    account.setEntryFilterType(row.type);
-    const auto filter = account.entryFilter();
-    EXPECT_EQ(filter->name(), row.name);
-    EXPECT_EQ(filter->conditionGroups()[0]->conditions()[0]->category(), row.category);
+  for (const auto& [type, name, category] : rows) {
+    account.setReconcileFilterType(type);
+    const auto filter = account.reconcileFilter();
+    EXPECT_EQ(filter->name(), name);
+    EXPECT_EQ(filter->conditionGroups()[0]->conditions()[0]->category(), category) << type;
   }
 }
 

@@ -70,8 +70,8 @@ TEST(ZELMAccountLedger, CheckNumbering) {
   EXPECT_EQ(fresh.NextAvailableCheckNumber(), 1001);
   EXPECT_EQ(fresh.NextAvailableCheckNumberAfterEntry(nullptr), 1001);
 
-  auto account = Account({{1, 20080301, -1, 100}, {2, 20080302, -1, 103}, {3, 20080303, -1, 101},
-                          {4, 20080304, 5.0}});
+  auto account = Account(
+      {{1, 20080301, -1, 100}, {2, 20080302, -1, 103}, {3, 20080303, -1, 101}, {4, 20080304, 5.0}});
   // A linked deposit's check number belongs to the sending account.
   auto received = Make({5, 20080305, 9.0, 900});
   received->SetIsLinked(true);
@@ -82,7 +82,7 @@ TEST(ZELMAccountLedger, CheckNumbering) {
   EXPECT_EQ(account->NextAvailableCheckNumberAfterEntry(entries[0].get()), 102);  // after 100
   EXPECT_EQ(account->NextAvailableCheckNumberAfterEntry(entries[2].get()), 102);  // after 101
   EXPECT_EQ(account->NextAvailableCheckNumberAfterEntry(entries[1].get()), 104);  // the highest
-  EXPECT_EQ(account->NextAvailableCheckNumberAfterEntry(received.get()), 900);     // never walks
+  EXPECT_EQ(account->NextAvailableCheckNumberAfterEntry(received.get()), 900);    // never walks
   EXPECT_EQ(account->NextCheckNumberAfterCheckNumber(100), 101);
   EXPECT_EQ(account->NextCheckNumberAfterCheckNumber(101), 103);
   EXPECT_EQ(account->NextCheckNumberAfterCheckNumber(103), 103);
@@ -178,7 +178,8 @@ TEST(ZELMAccountLedger, SuggestionLists) {
                           {6, 20080306, -1.0, -1, "Apples"},
                           {7, 20080307, -1.0, -1, "Coffee"},
                           {8, 20080308, 9.0, -1, "Salary", "Employer"}});
-  EXPECT_EQ(account->DebitDescriptions_All(), (Strings{"Apples", "Books", "Coffee", "fuel", "Rent"}));
+  EXPECT_EQ(account->DebitDescriptions_All(),
+            (Strings{"Apples", "Books", "Coffee", "fuel", "Rent"}));
   EXPECT_EQ(account->Tos_All(), (Strings{"Bank", "Landlord", "Shell"}));
   EXPECT_EQ(account->Froms_All(), (Strings{"Employer"}));
   // Most recent first, stopping after the addition made with the count already reached.
@@ -269,23 +270,24 @@ TEST(ZELMAccountLedger, SortingMatchesTheComparators) {
       {&ZELMAccountEntry::ClearedIsGreaterThan, &ZELMAccountEntry::ClearedIsGreaterThan_Reversed},
       {&ZELMAccountEntry::ToFromIsGreaterThan, &ZELMAccountEntry::ToFromIsGreaterThan_Reversed},
   };
-  const Strings texts = {"", "rent", "Rent", "RENT", "Éclair", "éclair", "Eclair", "straße",
-                         "STRASSE", "Zoo", "apple"};
+  const Strings texts = {"",       "rent",   "Rent",    "RENT", "Éclair", "éclair",
+                         "Eclair", "straße", "STRASSE", "Zoo",  "apple"};
   std::mt19937 random(42);
   auto account = Account({});
   for (int i = 0; i < 300; ++i) {
     const int check = random() % 3 == 0 ? static_cast<int>(100 + random() % 20) : -1;
-    auto entry = Make({static_cast<int>(random() % 150), static_cast<int>(20080301 + random() % 4),
-                       static_cast<double>(random() % 7) - 3.0, check,
-                       texts[random() % texts.size()], texts[random() % texts.size()], false,
-                       random() % 2 == 0});
+    auto entry =
+        Make({static_cast<int>(random() % 150), static_cast<int>(20080301 + random() % 4),
+              static_cast<double>(random() % 7) - 3.0, check, texts[random() % texts.size()],
+              texts[random() % texts.size()], false, random() % 2 == 0});
     entry->SetType(static_cast<int>(random() % 16) - 1);  // -1 and 13, 14: no such type
     account->AddEntry(entry);
   }
   const std::vector<EntryPtr> original = account->GetEntries();
   auto stable = [](std::vector<EntryPtr> list, Comparator comparator) {
-    std::stable_sort(list.begin(), list.end(),
-                     [&](const EntryPtr& a, const EntryPtr& b) { return ((*a).*comparator)(*b) < 0; });
+    std::stable_sort(list.begin(), list.end(), [&](const EntryPtr& a, const EntryPtr& b) {
+      return ((*a).*comparator)(*b) < 0;
+    });
     return list;
   };
   for (int key = 0; key <= 7; ++key) {
@@ -322,8 +324,9 @@ TEST(ZELMAccountLedger, InitEntriesSkipsWhatIsNotAnEntry) {
   ASSERT_EQ(entries, &account.GetEntries());
   ASSERT_EQ(entries->size(), 1u);
   EXPECT_EQ((*entries)[0]->GetAccount(), &account);
-  EXPECT_EQ(log.messages(), (Strings{"Invalid theArray supplied to -[ZELMAccount InitEntries]",
-                                     "Invalid theValue encountered in -[ZELMAccount InitEntries]"}));
+  EXPECT_EQ(log.messages(),
+            (Strings{"Invalid theArray supplied to -[ZELMAccount InitEntries]",
+                     "Invalid theValue encountered in -[ZELMAccount InitEntries]"}));
 }
 
 TEST(ZELMAccountLedger, AccountComparators) {

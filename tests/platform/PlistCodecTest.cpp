@@ -11,6 +11,7 @@
 
 #include "folvant/platform/plist/PropertyList.h"
 #include "tests/platform/PlistSample.h"
+#include "tests/support/TestSupport.h"
 
 namespace folvant::plist {
 namespace {
@@ -57,44 +58,18 @@ TEST(PlistRoundTrip, RichSampleSurvivesBothFormatsExactly) {
   }
 }
 
-TEST(PlistXmlWriter, WritesApplesLayout) {
-  const Value value = Dictionary{
-      {"b", Array{true, false, Array{}, Dictionary{}}},
-      {"a", "x<&>\r\x01\"'"},
-      {"n", Value()},  // none: left out
-      {"d", Date{225979200.75}},
-      {"i", -7},
-      {"r", 0.1},
-      {"z", Data(60, 0xFF)},
-  };
-  EXPECT_EQ(Write(value, Format::kXml),
-            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-            "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
-            "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-            "<plist version=\"1.0\">\n"
-            "<dict>\n"
-            "\t<key>a</key>\n"
-            "\t<string>x&lt;&amp;&gt;&#13;&#1;\"'</string>\n"
-            "\t<key>b</key>\n"
-            "\t<array>\n"
-            "\t\t<true/>\n"
-            "\t\t<false/>\n"
-            "\t\t<array/>\n"
-            "\t\t<dict/>\n"
-            "\t</array>\n"
-            "\t<key>d</key>\n"
-            "\t<date>2008-02-29T12:00:00Z</date>\n"
-            "\t<key>i</key>\n"
-            "\t<integer>-7</integer>\n"
-            "\t<key>r</key>\n"
-            "\t<real>0.1</real>\n"
-            "\t<key>z</key>\n"
-            "\t<data>\n"
-            "\t" + std::string(68, '/') + "\n"
-            "\t////////////\n"
-            "\t</data>\n"
-            "</dict>\n"
-            "</plist>\n");
+// The files in tests/data/plist were checked by hand against Apple's layout (tabs, sorted keys,
+// base64 lines as plistlib cuts them) and load in plistlib and libplist; output must not drift.
+TEST(PlistWriter, WritesTheReviewedFilesByteForByte) {
+  const std::string directory = FOLVANT_TEST_DATA_DIR "/plist/";
+  EXPECT_EQ(Write(testing::RichSample(), Format::kXml),
+            ::folvant::testing::ReadFileBytes(directory + "rich-sample.xml"));
+  EXPECT_EQ(Write(testing::RichSample(), Format::kBinary),
+            ::folvant::testing::ReadFileBytes(directory + "rich-sample.bplist"));
+  // Control characters XML would lose become references; none values are left out.
+  EXPECT_NE(Write(Dictionary{{"a", "x\r\x01"}, {"b", Value()}}, Format::kXml)
+                .find("<dict>\n\t<key>a</key>\n\t<string>x&#13;&#1;</string>\n</dict>"),
+            std::string::npos);
 }
 
 TEST(PlistXmlWriter, DatesKeepWholeSecondsAndExpandYearsBeyondFourDigits) {
@@ -284,7 +259,8 @@ TEST(PlistBinaryReader, RefusesDamageSayingWhatAndWhere) {
 
 TEST(PlistBinaryReader, ReadsSharedObjectsButRefusesExplosiveSharing) {
   // The writer stores one string for all the uses.
-  const std::string shared = Write(Array(1000, Value("one text used a thousand times")), Format::kBinary);
+  const std::string shared =
+      Write(Array(1000, Value("one text used a thousand times")), Format::kBinary);
   EXPECT_LT(shared.size(), 1200u);
   const Expected<Value, ReadError> read = Read(shared);
   ASSERT_TRUE(read);
@@ -311,13 +287,18 @@ TEST(PlistBinaryWriter, EncodesEachKindCompactly) {
       {65536, "\x12\x00\x01\x00\x00"s},
       {4294967296LL, "\x13\x00\x00\x00\x01\x00\x00\x00\x00"s},
       {-1, "\x13" + std::string(8, '\xFF')},
-      {std::numeric_limits<std::uint64_t>::max(), "\x14" + std::string(8, '\0') + std::string(8, '\xFF')},
+      {std::numeric_limits<std::uint64_t>::max(),
+       "\x14" + std::string(8, '\0') + std::string(8, '\xFF')},
       {0.5, "\x23\x3F\xE0" + std::string(6, '\0')},
       {Date{0}, "\x33" + std::string(8, '\0')},
       {true, "\x09"},
       {Data{1, 2}, "\x42\x01\x02"},
-      {"abc", "\x53" "abc"},
-      {"fifteen letters", "\x5F\x10\x0F" "fifteen letters"},
+      {"abc",
+       "\x53"
+       "abc"},
+      {"fifteen letters",
+       "\x5F\x10\x0F"
+       "fifteen letters"},
       {"é", "\x61\x00\xE9"s},
       {"🙂", "\x62\xD8\x3D\xDE\x42"},
   };

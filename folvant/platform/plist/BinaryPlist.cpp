@@ -122,8 +122,7 @@ bool Reader::ReadTrailer() {
     return size == 1 || size == 2 || size == 4 || size == 8;
   };
   if (!valid_size(offset_size_)) {
-    return Fail("offset size " + std::to_string(offset_size_) + " is not 1, 2, 4 or 8",
-                limit_ + 6);
+    return Fail("offset size " + std::to_string(offset_size_) + " is not 1, 2, 4 or 8", limit_ + 6);
   }
   if (!valid_size(ref_size_)) {
     return Fail("object reference size " + std::to_string(ref_size_) + " is not 1, 2, 4 or 8",
@@ -135,8 +134,7 @@ bool Reader::ReadTrailer() {
   }
   table_offset_ = static_cast<std::size_t>(table_offset);
   if (object_count_ == 0 || object_count_ > (limit_ - table_offset_) / offset_size_) {
-    return Fail("object count " + std::to_string(object_count_) +
-                    " does not fit the offset table",
+    return Fail("object count " + std::to_string(object_count_) + " does not fit the offset table",
                 limit_ + 8);
   }
   if (top_object_ >= object_count_) {
@@ -151,9 +149,9 @@ bool Reader::ReadTrailer() {
 
 bool Reader::Locate(std::uint64_t ref, std::size_t from, std::size_t* offset) {
   if (ref >= object_count_) {
-    return Fail("reference to object " + std::to_string(ref) + " of " +
-                    std::to_string(object_count_),
-                from);
+    return Fail(
+        "reference to object " + std::to_string(ref) + " of " + std::to_string(object_count_),
+        from);
   }
   const std::size_t entry = table_offset_ + static_cast<std::size_t>(ref) * offset_size_;
   const std::uint64_t value = ReadBigEndian(data_ + entry, offset_size_);
@@ -180,8 +178,8 @@ bool Reader::ReadCount(std::size_t offset, std::uint64_t unit, std::size_t* star
     position += 1 + width;
   }
   if (value > (limit_ - position) / unit) {
-    return Fail("object at " + std::to_string(offset) + " has a count of " +
-                    std::to_string(value) + ", beyond the end of the objects",
+    return Fail("object at " + std::to_string(offset) + " has a count of " + std::to_string(value) +
+                    ", beyond the end of the objects",
                 offset);
   }
   *start = position;
@@ -204,7 +202,8 @@ bool Reader::ReadString(std::size_t offset, std::string* out) {
       for (auto j = static_cast<std::int64_t>(i); j < length;) {
         UChar32 c;
         U8_NEXT(p, j, length, c);
-        if (c < 0) return Fail("string object at " + std::to_string(offset) + " is not ASCII", offset);
+        if (c < 0)
+          return Fail("string object at " + std::to_string(offset) + " is not ASCII", offset);
       }
       break;
     }
@@ -219,8 +218,7 @@ bool Reader::ReadString(std::size_t offset, std::string* out) {
       const std::uint32_t low =
           i + 1 < count ? (static_cast<std::uint32_t>(p[2 * i + 2]) << 8 | p[2 * i + 3]) : 0;
       if (c > 0xDBFF || low < 0xDC00 || low > 0xDFFF) {
-        return Fail("string object at " + std::to_string(offset) + " is not valid UTF-16",
-                    offset);
+        return Fail("string object at " + std::to_string(offset) + " is not valid UTF-16", offset);
       }
       c = 0x10000 + ((c - 0xD800) << 10) + (low - 0xDC00);
       ++i;
@@ -461,8 +459,9 @@ class Writer {
   // look at the object itself.
   std::uint32_t Intern(Kind kind, std::uint64_t bits, const void* data) {
     const std::uint64_t hash =
-        data != nullptr ? HashBytes(static_cast<const char*>(data), bits) + static_cast<std::uint64_t>(kind)
-                        : Mix(bits ^ (static_cast<std::uint64_t>(kind) << 56));
+        data != nullptr
+            ? HashBytes(static_cast<const char*>(data), bits) + static_cast<std::uint64_t>(kind)
+            : Mix(bits ^ (static_cast<std::uint64_t>(kind) << 56));
     const std::uint64_t tag = hash & 0xFFFFFFFF00000000ULL;
     if ((interned_ + 1) * 2 > slots_.size()) Grow();
     const std::size_t mask = slots_.size() - 1;
@@ -581,9 +580,7 @@ class Writer {
   }
 
   // The count after a marker: in the marker below 15, else as an integer object.
-  static std::size_t CountSize(std::uint64_t count) {
-    return count < 15 ? 0 : 1 + BytesFor(count);
-  }
+  static std::size_t CountSize(std::uint64_t count) { return count < 15 ? 0 : 1 + BytesFor(count); }
 
   // UTF-16 code units of a non-ASCII text (U+FFFD for each byte that is not UTF-8, which only
   // code can put in a value), or 0 for ASCII.
@@ -674,9 +671,15 @@ class Writer {
 
   void PutObject(const Object& object, std::size_t utf16) {
     switch (object.kind) {
-      case Kind::kNull: *out_++ = static_cast<char>(kNull); return;
-      case Kind::kFalse: *out_++ = static_cast<char>(kFalse); return;
-      case Kind::kTrue: *out_++ = static_cast<char>(kTrue); return;
+      case Kind::kNull:
+        *out_++ = static_cast<char>(kNull);
+        return;
+      case Kind::kFalse:
+        *out_++ = static_cast<char>(kFalse);
+        return;
+      case Kind::kTrue:
+        *out_++ = static_cast<char>(kTrue);
+        return;
       case Kind::kInteger:
         // Negative numbers take 8 bytes.
         if (static_cast<std::int64_t>(object.bits) < 0) {
@@ -716,7 +719,8 @@ class Writer {
         const bool dictionary = object.kind == Kind::kDictionary;
         PutMarker(dictionary ? kDictionary : kArray, object.count);
         const std::size_t references = object.count * std::size_t{dictionary ? 2u : 1u};
-        for (std::size_t i = 0; i < references; ++i) PutBigEndian(refs_[object.bits + i], ref_size_);
+        for (std::size_t i = 0; i < references; ++i)
+          PutBigEndian(refs_[object.bits + i], ref_size_);
         return;
       }
     }

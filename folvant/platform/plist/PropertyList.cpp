@@ -123,10 +123,9 @@ Expected<Value, ReadError> ReadOwned(std::string_view view, std::string* owned) 
   }
   if (*format == Format::kBinary) {
     if (!view.starts_with("bplist00")) {
-      return Unexpected{
-          ReadError{"binary property list version \"" + std::string(view.substr(0, 8)) +
-                        "\" is not supported",
-                    0}};
+      return Unexpected{ReadError{"binary property list version \"" +
+                                      std::string(view.substr(0, 8)) + "\" is not supported",
+                                  0}};
     }
     return ReadBinary(view);
   }
@@ -140,7 +139,8 @@ std::optional<Format> DetectFormat(std::string_view bytes) {
   const Detected detected = DetectEncoding(bytes);
   if (detected.encoding != TextEncoding::kUtf8) return Format::kXml;
   std::string_view text = bytes.substr(detected.bom_size);
-  while (!text.empty() && (text[0] == ' ' || text[0] == '\t' || text[0] == '\n' || text[0] == '\r')) {
+  while (!text.empty() &&
+         (text[0] == ' ' || text[0] == '\t' || text[0] == '\n' || text[0] == '\r')) {
     text.remove_prefix(1);
   }
   if (text.starts_with("<")) return Format::kXml;
@@ -148,6 +148,11 @@ std::optional<Format> DetectFormat(std::string_view bytes) {
 }
 
 Expected<Value, ReadError> Read(std::string_view bytes) { return ReadOwned(bytes, nullptr); }
+
+Expected<Value, ReadError> ReadInPlace(std::string bytes) {
+  const std::string_view view = bytes;
+  return ReadOwned(view, &bytes);
+}
 
 Expected<Value, ReadError> ReadFile(const std::filesystem::path& path) {
   const auto fail = [&path](int error) {
@@ -168,8 +173,7 @@ Expected<Value, ReadError> ReadFile(const std::filesystem::path& path) {
     if (got < sizeof buffer) break;
   }
   if (std::ferror(file.get())) return fail(errno);
-  const std::string_view view = bytes;
-  return ReadOwned(view, &bytes);
+  return ReadInPlace(std::move(bytes));
 }
 
 std::string Write(const Value& value, Format format) {

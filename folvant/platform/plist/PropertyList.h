@@ -46,6 +46,10 @@ std::optional<Format> DetectFormat(std::string_view bytes);
 //   if (!value) Report(value.error().what, value.error().offset);
 Expected<Value, ReadError> Read(std::string_view bytes);
 
+// As Read, for bytes the caller hands over: XML is parsed inside them, which saves a copy of
+// the whole file (what ReadFile does with the bytes it reads).
+Expected<Value, ReadError> ReadInPlace(std::string bytes);
+
 // Reads a property-list file; a file that cannot be opened or read gives an error naming the
 // file and the reason.
 Expected<Value, ReadError> ReadFile(const std::filesystem::path& path);

@@ -266,7 +266,9 @@ bool Dictionary::collapseDuplicateKeys() {
   if (n <= 16) {
     // Small dictionaries (nearly all of them) compare pairwise, without allocating.
     for (std::size_t i = 1; i < n && !repeated; ++i) {
-      for (std::size_t j = 0; j < i && !repeated; ++j) repeated = entries_[i].first == entries_[j].first;
+      for (std::size_t j = 0; j < i && !repeated; ++j) {
+        repeated = entries_[i].first == entries_[j].first;
+      }
     }
   } else {
     std::vector<std::string_view> keys;
@@ -278,7 +280,8 @@ bool Dictionary::collapseDuplicateKeys() {
   if (!repeated) return false;
   std::vector<Entry> kept;
   kept.reserve(n);
-  std::unordered_map<std::string_view, std::size_t> position;  // views into `kept`, which never reallocates
+  // Keys seen so far, as views into `kept` (reserved, so it never reallocates).
+  std::unordered_map<std::string_view, std::size_t> position;
   for (Entry& entry : entries_) {
     const auto found = position.find(entry.first);
     if (found != position.end()) {

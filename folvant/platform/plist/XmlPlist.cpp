@@ -20,8 +20,8 @@ namespace {
 // Entity references are decoded by us rather than by pugixml, so that a malformed one ("&amp"
 // without its semicolon) is an error instead of text, and CDATA stays verbatim. Whitespace-only
 // text is kept only where it is the whole content of an element (<string>  </string>).
-constexpr unsigned kParseOptions = pugi::parse_cdata | pugi::parse_eol |
-                                   pugi::parse_ws_pcdata_single | pugi::parse_embed_pcdata;
+constexpr unsigned kParseOptions =
+    pugi::parse_cdata | pugi::parse_eol | pugi::parse_ws_pcdata_single | pugi::parse_embed_pcdata;
 
 constexpr std::int64_t kReferenceDateUnixSeconds = 978307200;  // 2001-01-01T00:00:00Z
 constexpr std::int64_t kSecondsPerDay = 86400;
@@ -281,12 +281,14 @@ void AppendUtf8(std::string& out, std::uint32_t c) {
 }
 
 // Turns a parsed XML document into a value, failing with the offset of the first element or
-// text that is not a property list.
+// text that is not a property list. Elements are removed from the document once converted: the
+// document's memory, freed page by page in document order, then holds the values that follow,
+// so that a large file does not need memory for both at once.
 class Reader {
  public:
   Reader(const char* begin, std::size_t size) : begin_(begin), size_(size) {}
 
-  bool ReadDocument(const pugi::xml_document& document, Value* out);
+  bool ReadDocument(pugi::xml_document& document, Value* out);
   const ReadError& error() const { return error_; }
 
  private:
@@ -319,7 +321,7 @@ class Reader {
   ReadError error_;
 };
 
-bool Reader::ReadDocument(const pugi::xml_document& document, Value* out) {
+bool Reader::ReadDocument(pugi::xml_document& document, Value* out) {
   pugi::xml_node root;
   if (!NextElement(document.first_child(), document, &root)) return false;
   if (!root) return Fail("the XML document has no root element", size_);
@@ -479,7 +481,8 @@ bool Reader::ReadValue(pugi::xml_node node, int depth, Value* out) {
 }
 
 bool Reader::ReadArray(pugi::xml_node node, int depth, Value* out) {
-  if (depth >= kMaxNestingDepth) return Fail("arrays and dictionaries nest too deeply", OffsetOf(node));
+  if (depth >= kMaxNestingDepth)
+    return Fail("arrays and dictionaries nest too deeply", OffsetOf(node));
   std::size_t count = 0;
   for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
     count += child.type() == pugi::node_element ? 1 : 0;
@@ -491,14 +494,17 @@ bool Reader::ReadArray(pugi::xml_node node, int depth, Value* out) {
   while (child) {
     array.emplace_back();
     if (!ReadValue(child, depth + 1, &array.back())) return false;
-    if (!NextElement(child.next_sibling(), node, &child)) return false;
+    const pugi::xml_node next = child.next_sibling();
+    node.remove_child(child);
+    if (!NextElement(next, node, &child)) return false;
   }
   *out = Value(std::move(array));
   return true;
 }
 
 bool Reader::ReadDictionary(pugi::xml_node node, int depth, Value* out) {
-  if (depth >= kMaxNestingDepth) return Fail("arrays and dictionaries nest too deeply", OffsetOf(node));
+  if (depth >= kMaxNestingDepth)
+    return Fail("arrays and dictionaries nest too deeply", OffsetOf(node));
   std::size_t count = 0;
   for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
     count += child.type() == pugi::node_element ? 1 : 0;
@@ -518,7 +524,10 @@ bool Reader::ReadDictionary(pugi::xml_node node, int depth, Value* out) {
     if (!value) return Fail("<key> \"" + text + "\" has no value", OffsetOf(key));
     dictionary.append(std::move(text), Value());
     if (!ReadValue(value, depth + 1, &std::prev(dictionary.end())->second)) return false;
-    if (!NextElement(value.next_sibling(), node, &key)) return false;
+    const pugi::xml_node next = value.next_sibling();
+    node.remove_child(key);
+    node.remove_child(value);
+    if (!NextElement(next, node, &key)) return false;
   }
   dictionary.collapseDuplicateKeys();
   *out = Value(std::move(dictionary));
@@ -563,9 +572,15 @@ class Writer {
       out_.append(text.data() + start, i - start);
       start = i + 1;
       switch (c) {
-        case '&': out_.append("&amp;"); break;
-        case '<': out_.append("&lt;"); break;
-        case '>': out_.append("&gt;"); break;
+        case '&':
+          out_.append("&amp;");
+          break;
+        case '<':
+          out_.append("&lt;");
+          break;
+        case '>':
+          out_.append("&gt;");
+          break;
         default:
           out_.append("&#");
           AppendDigits(out_, c, 1);
@@ -626,8 +641,9 @@ class Writer {
       case Value::Kind::kInteger: {
         const std::optional<std::int64_t> signed_value = value.asInteger();
         const auto [end, ec] =
-            signed_value ? std::to_chars(buffer, buffer + sizeof buffer, *signed_value)
-                         : std::to_chars(buffer, buffer + sizeof buffer, *value.asUnsignedInteger());
+            signed_value
+                ? std::to_chars(buffer, buffer + sizeof buffer, *signed_value)
+                : std::to_chars(buffer, buffer + sizeof buffer, *value.asUnsignedInteger());
         Element(depth, "integer", std::string_view(buffer, end - buffer));
         return;
       }
@@ -673,8 +689,9 @@ class Writer {
       }
       case Value::Kind::kDictionary: {
         const std::vector<const Dictionary::Entry*> entries = value.asDictionary()->sortedEntries();
-        const bool empty = std::all_of(entries.begin(), entries.end(),
-                                       [](const Dictionary::Entry* e) { return e->second.isNone(); });
+        const bool empty =
+            std::all_of(entries.begin(), entries.end(),
+                        [](const Dictionary::Entry* e) { return e->second.isNone(); });
         Indent(depth);
         if (empty) {
           out_.append("<dict/>\n");
@@ -704,7 +721,18 @@ std::size_t FirstInvalidByte(std::string_view text) {
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
   const auto length = static_cast<std::int64_t>(text.size());
   std::int64_t i = 0;
+  constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
+  constexpr std::uint64_t kHighs = 0x8080808080808080ULL;
   while (i < length) {
+    // Eight bytes at a time while they are ASCII and not NUL (the usual case).
+    if (i + 8 <= length) {
+      std::uint64_t word;
+      std::memcpy(&word, bytes + i, 8);
+      if (((word | (word - kOnes)) & kHighs) == 0) {
+        i += 8;
+        continue;
+      }
+    }
     const std::int64_t start = i;
     if (bytes[i] >= 0x80) {
       UChar32 c;
@@ -723,7 +751,8 @@ std::size_t FirstInvalidByte(std::string_view text) {
 Expected<Value, ReadError> ReadXml(std::string text) {
   const std::size_t bad = FirstInvalidByte(text);
   if (bad != std::string_view::npos) {
-    return Unexpected{ReadError{text[bad] == '\0' ? "NUL byte in XML text" : "text is not UTF-8", bad}};
+    return Unexpected{
+        ReadError{text[bad] == '\0' ? "NUL byte in XML text" : "text is not UTF-8", bad}};
   }
   pugi::xml_document document;
   const pugi::xml_parse_result parsed =
