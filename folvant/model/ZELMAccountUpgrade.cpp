@@ -23,7 +23,6 @@
 namespace folvant {
 namespace {
 
-constexpr std::int32_t kCurrentVersion = 8;
 constexpr std::int32_t kLinkedBit = 4;
 constexpr std::int32_t kDebitBit = 1;
 constexpr std::int32_t kDepositBit = 2;
