@@ -14,17 +14,7 @@ std::optional<ZELMAccountFolder::EntryList> EntriesFromStoredArray(const plist::
     ZELMLog("Invalid theArray supplied to -[ZELMAccount InitEntries]");
     return std::nullopt;
   }
-  ZELMAccountFolder::EntryList entries;
-  entries.reserve(elements->size());
-  for (const plist::Value& element : *elements) {
-    const plist::Dictionary* dict = element.asDictionary();
-    if (dict == nullptr) {
-      ZELMLog("Invalid theValue encountered in -[ZELMAccount InitEntries]");
-      continue;
-    }
-    entries.push_back(std::make_shared<ZELMAccountEntry>(dict));
-  }
-  return entries;
+  return ZELMAccountEntry::entriesFromStoredArray(*elements);
 }
 
 ZELMAccountFolder::ZELMAccountFolder() : name_(Localized("Untitled")) {}

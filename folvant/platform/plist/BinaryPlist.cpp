@@ -1,5 +1,7 @@
 #include "folvant/platform/plist/BinaryPlist.h"
 
+#include "folvant/platform/plist/BulkMemory.h"
+
 #include <unicode/utf8.h>
 
 #include <algorithm>
@@ -374,6 +376,9 @@ bool Reader::ReadContainer(std::uint64_t ref, std::size_t offset, int depth, Val
 // and records each container's member references; the second emits objects in that order into
 // a buffer sized exactly beforehand.
 class Writer {
+  template <typename T>
+  using Table = std::vector<T, BulkAllocator<T>>;
+
  public:
   std::string Write(const Value& value) {
     std::size_t objects = 0;
@@ -485,7 +490,7 @@ class Writer {
   }
 
   void Grow() {
-    std::vector<std::uint64_t> slots(std::max<std::size_t>(1024, slots_.size() * 2), 0);
+    Table<std::uint64_t> slots(std::max<std::size_t>(1024, slots_.size() * 2), 0);
     const std::size_t mask = slots.size() - 1;
     for (const std::uint64_t slot : slots_) {
       if (slot == 0) continue;
@@ -503,8 +508,21 @@ class Writer {
     return id;
   }
 
+  // Texts repeat (every dictionary of a list has the same keys; payees recur): a small cache
+  // of recent texts answers most of them without probing the large table, whose slots and
+  // objects lie far apart in memory.
   std::uint32_t AddString(const std::string& text) {
-    return Intern(Kind::kString, text.size(), text.data());
+    const std::size_t size = text.size();
+    std::uint64_t head = 0;
+    std::memcpy(&head, text.data(), std::min<std::size_t>(size, 8));
+    RecentText& recent = recent_[Mix(head ^ size) % std::size(recent_)];
+    if (recent.data != nullptr && recent.size == size &&
+        std::memcmp(recent.data, text.data(), size) == 0) {
+      return recent.id;
+    }
+    const std::uint32_t id = Intern(Kind::kString, size, text.data());
+    recent = {text.data(), size, id};
+    return id;
   }
 
   std::uint32_t Add(const Value& value, std::size_t depth) {
@@ -729,7 +747,7 @@ class Writer {
   std::string Emit(std::uint32_t top) {
     ref_size_ = BytesFor(objects_.size() - 1);
     // Offsets first (object sizes are known without writing), then one buffer for the file.
-    std::vector<std::uint64_t> offsets(objects_.size());
+    std::vector<std::uint64_t, BulkAllocator<std::uint64_t>> offsets(objects_.size());
     std::uint64_t offset = kHeaderSize;
     for (std::size_t i = 0; i < objects_.size(); ++i) {
       std::size_t utf16 = 0;
@@ -738,7 +756,11 @@ class Writer {
     }
     const std::uint64_t table_offset = offset;
     const std::size_t offset_size = BytesFor(offsets.back());
-    std::string bytes(table_offset + objects_.size() * offset_size + kTrailerSize, '\0');
+    const std::size_t total = table_offset + objects_.size() * offset_size + kTrailerSize;
+    std::string bytes;
+    bytes.reserve(total);
+    PrepareForFill(bytes.data(), total);
+    bytes.resize(total);
     out_ = bytes.data();
     PutBytes("bplist00", kHeaderSize);
     for (const Object& object : objects_) {
@@ -756,11 +778,19 @@ class Writer {
     return bytes;
   }
 
-  std::vector<Object> objects_;
-  std::vector<std::uint64_t> slots_;  // hash table of interned objects; 0 is an empty slot
+  // Objects are reserved for an upper bound and filled as far as needed; the other tables are
+  // filled as soon as they are allocated.
+  std::vector<Object, BulkAllocator<Object, false>> objects_;
+  Table<std::uint64_t> slots_;  // hash table of interned objects; 0 is an empty slot
   std::size_t interned_ = 0;
-  std::vector<std::uint32_t> refs_;
+  Table<std::uint32_t> refs_;
   std::vector<std::vector<const Dictionary::Entry*>> scratch_;
+  struct RecentText {
+    const char* data = nullptr;  // in the value tree, which outlives the writer
+    std::size_t size = 0;
+    std::uint32_t id = 0;
+  };
+  RecentText recent_[256];
   std::size_t ref_size_ = 1;
   char* out_ = nullptr;
 };

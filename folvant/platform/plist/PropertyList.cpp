@@ -1,5 +1,9 @@
 #include "folvant/platform/plist/PropertyList.h"
 
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <unicode/ustring.h>
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
@@ -154,11 +158,42 @@ Expected<Value, ReadError> ReadInPlace(std::string bytes) {
   return ReadOwned(view, &bytes);
 }
 
+namespace {
+
+// A large binary property list is decoded straight from a read-only mapping of its file: its
+// strings are copied out as they are decoded, so the bytes need not be copied into memory of
+// their own first. Empty when the file is not such a list or cannot be mapped; the caller then
+// reads it the ordinary way.
+std::optional<Expected<Value, ReadError>> ReadMappedBinary(const std::filesystem::path& path) {
+  constexpr std::size_t kMappedFrom = std::size_t{4} << 20;
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return std::nullopt;
+  struct stat status {};
+  char head[6] = {};
+  void* mapped = MAP_FAILED;
+  std::size_t size = 0;
+  if (fstat(fd, &status) == 0 && S_ISREG(status.st_mode) &&
+      static_cast<std::uintmax_t>(status.st_size) >= kMappedFrom &&
+      pread(fd, head, sizeof head, 0) == static_cast<ssize_t>(sizeof head) &&
+      std::memcmp(head, "bplist", sizeof head) == 0) {
+    size = static_cast<std::size_t>(status.st_size);
+    mapped = mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
+  }
+  close(fd);
+  if (mapped == MAP_FAILED) return std::nullopt;
+  Expected<Value, ReadError> value = Read(std::string_view(static_cast<const char*>(mapped), size));
+  munmap(mapped, size);
+  return value;
+}
+
+}  // namespace
+
 Expected<Value, ReadError> ReadFile(const std::filesystem::path& path) {
   const auto fail = [&path](int error) {
     return Unexpected{ReadError{
         "cannot read " + path.string() + ": " + std::generic_category().message(error), 0}};
   };
+  if (auto mapped = ReadMappedBinary(path)) return std::move(*mapped);
   std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
                                                        &std::fclose);
   if (!file) return fail(errno);
