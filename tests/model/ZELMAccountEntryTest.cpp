@@ -305,28 +305,6 @@ TEST(ZELMAccountEntryComparators, KeysAndTieBreaks) {
             (Numbers{2, 4, 6, 1, 3, 5, 7}));
 }
 
-TEST(ZELMAccountEntry, SpeakableStringWithoutAnAccount) {
-  testing::ScopedSettingsPin settings(platform::UserSettings{});
-  ZELMAccountEntry e;
-  e.SetDate(20080314);
-  e.SetIsDebit(true);
-  e.SetIsCheck(true);
-  e.SetCheckNumber(1001);
-  e.SetAmount(-12.5);
-  e.SetToFrom("Shell");
-  e.SetDescription("Fuel");
-  e.SetCleared(1);
-  EXPECT_EQ(e.asSpeakableString(),
-            "03/14/08.  Debit in the Amount of:  -12.50 .  Check Number:  1001 .  To:  Shell .  "
-            "Description:  Fuel .  Resolved .  ");
-
-  // Neither debit nor deposit: no amount and no payee.
-  ZELMAccountEntry plain;
-  plain.SetDate(20071231);
-  plain.SetToFrom("Nobody");
-  EXPECT_EQ(plain.asSpeakableString(), "12/31/07.  Unresolved .  ");
-}
-
 // Two accounts with the default types and the categories Auto (1) > Fuel (2) and Food (3).
 // Fuel is in the accounts' own lists at the top level, where accounts without a controller
 // look, while it still names Auto as its parent.
@@ -385,7 +363,7 @@ TEST(ZELMAccountEntryComparators, NamesComeFromTheReceiversAccount) {
   EXPECT_EQ(check->TypePrimaryDateSecondaryIsGreaterThan(*atm), -1);
 }
 
-TEST(ZELMAccountEntry, SpeakableStringNamesTypeAndOwnCategoryName) {
+TEST(ZELMAccountEntry, SpeakableString) {
   testing::ScopedSettingsPin settings(platform::UserSettings{});
   TwoAccounts t;
   EntryPtr e = t.Add(t.checking, 1, 20080314, 10, 2);
@@ -396,6 +374,25 @@ TEST(ZELMAccountEntry, SpeakableStringNamesTypeAndOwnCategoryName) {
             "03/14/08.  Deposit in the Amount of:  2480.16 .  Type:  Deposit .  Category:  Fuel .  "
             "From:  Acme .  Unresolved .  ");
   EXPECT_EQ(ZELMAccountEntry::entryWithEntry(*e)->asSpeakableString(), e->asSpeakableString());
+
+  // Without an account: no type or category names.
+  ZELMAccountEntry check;
+  check.SetDate(20080314);
+  check.SetIsDebit(true);
+  check.SetIsCheck(true);
+  check.SetCheckNumber(1001);
+  check.SetAmount(-12.5);
+  check.SetToFrom("Shell");
+  check.SetDescription("Fuel");
+  check.SetCleared(1);
+  EXPECT_EQ(check.asSpeakableString(),
+            "03/14/08.  Debit in the Amount of:  -12.50 .  Check Number:  1001 .  To:  Shell .  "
+            "Description:  Fuel .  Resolved .  ");
+  // Neither debit nor deposit: no amount and no payee.
+  ZELMAccountEntry plain;
+  plain.SetDate(20071231);
+  plain.SetToFrom("Nobody");
+  EXPECT_EQ(plain.asSpeakableString(), "12/31/07.  Unresolved .  ");
 }
 
 TEST(ZELMAccountEntry, SyncToEntryNegatesIntoTheCounterpart) {

@@ -512,7 +512,8 @@ Messages EntryAndScheduleMessages(const Messages& all) {
 
 TEST(AccountUpgrade, EveryOldVersionLoadsAsTheSameAccount) {
   ScopedPreferences no_preferences{""};
-  for (std::int32_t version = 1; version <= 7; ++version) {
+  Value reference;  // version 7's entries and schedules as the loaded account writes them
+  for (std::int32_t version = 7; version >= 1; --version) {
     SCOPED_TRACE(::testing::Message() << "version " << version);
     const Upgraded up = Upgrade(OldAccount(version));
     EXPECT_EQ(up.messages, version <= 2 ? Messages{kNoInactiveTypes} : Messages{});
@@ -523,51 +524,38 @@ TEST(AccountUpgrade, EveryOldVersionLoadsAsTheSameAccount) {
     EXPECT_EQ(account.GetVersion(), 8);
     EXPECT_EQ(account.GetNumberCount(), 3);
     EXPECT_EQ(account.GetStartingBalance(), 100.01);
+    ASSERT_EQ(account.GetEntries().size(), 3u);
+    ASSERT_EQ(account.GetSchedules().size(), 1u);
+    EXPECT_EQ(account.GetSchedules()[0]->NextEntryDate(), 20080531);
+    EXPECT_EQ(account.GetSchedules()[0]->GetAccount(), &account);
 
-    const auto& entries = account.GetEntries();
-    ASSERT_EQ(entries.size(), 3u);
-    const ZELMAccountEntry& check = *entries[0];
-    EXPECT_EQ(check.GetNumber(), 1);
-    EXPECT_EQ(check.GetDate(), 20080229);
-    EXPECT_EQ(check.GetEntryFlags(), 1 + 16);
-    EXPECT_EQ(check.GetCheckNumber(), 101);
-    EXPECT_EQ(check.GetAmount(), -12.35);
-
-    const ZELMAccountEntry& pay = *entries[1];
-    EXPECT_EQ(pay.GetNumber(), 2);
-    EXPECT_EQ(pay.GetDate(), 20080301);
-    EXPECT_TRUE(pay.IsDeposit());
-    ASSERT_EQ(pay.splitLineItems().size(), 2u);
-    EXPECT_EQ(pay.splitLineItems()[0]->description(), "Salary");
-    EXPECT_EQ(pay.splitLineItems()[0]->toFrom(), "");
-    EXPECT_EQ(pay.splitLineItems()[0]->amount(), 1000.0);
-    EXPECT_EQ(pay.splitLineItems()[1]->toFrom(), "Bonus Inc");
-    EXPECT_EQ(pay.splitLineItems()[1]->amount(), 500.0);
-    EXPECT_EQ(pay.splitLineItems()[1]->category(), -1);
-    EXPECT_EQ(pay.GetAmount(), 1500.0);
-
-    const ZELMAccountEntry& transfer = *entries[2];
-    EXPECT_EQ(transfer.GetNumber(), 3);
-    EXPECT_EQ(transfer.GetDate(), 20080302);
-    EXPECT_TRUE(transfer.IsDebit());
-    if (version >= 3) {
-      EXPECT_EQ(transfer.GetEntryFlags(), 13);
-      EXPECT_EQ(transfer.GetLinkedEntry(), 9);
-      EXPECT_EQ(transfer.GetLinkedAccount(), 2);
-      EXPECT_EQ(transfer.GetType(), -1);
-    } else {
-      // Before transfers existed the booleans made it a plain debit.
+    const Dictionary written = account.asDictionary();
+    Array entries = *written.find("entries")->asArray();
+    if (version <= 2) {
+      // Before transfers existed the booleans made the transfer a plain debit.
+      const ZELMAccountEntry& transfer = *account.GetEntries()[2];
       EXPECT_EQ(transfer.GetEntryFlags(), 1);
       EXPECT_FALSE(transfer.IsLinked());
       EXPECT_EQ(transfer.GetType(), 5);
+      EXPECT_EQ(transfer.GetNumber(), 3);
+      entries.pop_back();
     }
-
-    ASSERT_EQ(account.GetSchedules().size(), 1u);
-    const ZELMAccountSchedule& rent = *account.GetSchedules()[0];
-    EXPECT_EQ(rent.GetDate(), 20080131);
-    EXPECT_EQ(rent.GetCommittedDates(), (std::vector<std::int32_t>{20080131, 20080331}));
-    EXPECT_EQ(rent.NextEntryDate(), 20080531);
-    EXPECT_EQ(rent.GetAccount(), &account);
+    const Value current(Array{Value(entries), *written.find("schedules")});
+    if (version == 7) {
+      // The steps themselves are checked above; here only what the loaded account resolves.
+      reference = current;
+      const auto& e = account.GetEntries();
+      EXPECT_EQ(std::vector<std::int32_t>({e[0]->GetDate(), e[1]->GetDate(), e[2]->GetDate()}),
+                (std::vector<std::int32_t>{20080229, 20080301, 20080302}));
+      EXPECT_EQ(e[1]->GetAmount(), 1500.0);  // the line items' total
+      EXPECT_EQ(e[2]->GetLinkedEntry(), 9);
+    } else if (version <= 2) {
+      Array shorter = *reference.asArray()->at(0).asArray();
+      shorter.pop_back();
+      EXPECT_EQ(current, Value(Array{Value(shorter), reference.asArray()->at(1)}));
+    } else {
+      EXPECT_EQ(current, reference);
+    }
   }
 }
 
