@@ -6,6 +6,10 @@ void RegisterCommands(CLI::App& app, Context& context, CommandList& actions) {
   RegisterInitCommand(app, context, actions);
   RegisterAccountCommand(app, context, actions);
   RegisterRegisterCommand(app, context, actions);
+  RegisterScheduleCommand(app, context, actions);
+  RegisterUpgradeCommand(app, context, actions);
+  RegisterFolderCommand(app, context, actions);
+  RegisterSmartFolderCommand(app, context, actions);
 }
 
 }  // namespace folvant::app

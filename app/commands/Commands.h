@@ -13,5 +13,9 @@ using CommandList = std::vector<std::pair<CLI::App*, CommandAction>>;
 void RegisterInitCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterAccountCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterRegisterCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterScheduleCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterUpgradeCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterFolderCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterSmartFolderCommand(CLI::App& app, Context& context, CommandList& actions);
 
 }  // namespace folvant::app

@@ -1,7 +1,10 @@
 // Writes the sample book of data/sample-book: three accounts, a category tree and a year of
 // realistic entries (paychecks, rent checks, groceries, a split, transfers between checking
-// and savings, a voided check, and entries resolved against past statements). The output is
-// the same on every run, so the committed book can be regenerated and compared.
+// and savings, a voided check, and entries resolved against past statements). Rent, salary,
+// the quarterly water bill and the yearly life-insurance premium are schedules of the checking
+// account whose occurrences were entered up to mid-June 2026, so on 2026-06-30 the latest
+// paycheck and water bill are due. The output is the same on every run, so the committed book
+// can be regenerated and compared.
 //
 //   folvant_make_sample DIR
 #include <cmath>
@@ -16,6 +19,8 @@
 #include "folvant/model/ZELMAccountEntry.h"
 #include "folvant/model/ZELMAccountEntryCategory.h"
 #include "folvant/model/ZELMAccountEntryType.h"
+#include "folvant/model/ZELMAccountSchedule.h"
+#include "folvant/model/ZELMAccountScheduleCalendar.h"
 #include "folvant/platform/Clock.h"
 #include "folvant/values/LVCurrency.h"
 
@@ -102,6 +107,48 @@ class SampleWriter {
     return entry;
   }
 
+  // A schedule of the account, numbered and added to it.
+  std::shared_ptr<ZELMAccountSchedule> Schedule(ZELMAccount& account, sys_days start,
+                                                std::int32_t kind, double amount,
+                                                const std::string& type,
+                                                const std::string& category,
+                                                const std::string& to_from,
+                                                const std::string& description) {
+    auto schedule = std::make_shared<ZELMAccountSchedule>();
+    schedule->SetNumber(account.NextAvailableScheduleNumber());
+    schedule->SetDate(ToNumber(start));
+    schedule->SetRepeatIntervalType(kind);
+    std::shared_ptr<ZELMAccountEntryType> t;
+    if (amount < 0) {
+      schedule->SetIsDebit(true);
+      t = account.debitEntryTypeForName(type);
+    } else {
+      schedule->SetIsDeposit(true);
+      t = account.depositEntryTypeForName(type);
+    }
+    if (t) {
+      schedule->SetType(t->GetNumber());
+      schedule->SetIsCheck(t->GetIsCheck());
+    }
+    schedule->SetCategory(categories_.at(category));
+    schedule->SetAmount(amount);
+    schedule->SetToFrom(to_from);
+    schedule->SetDescription(description);
+    account.AddSchedule(schedule);
+    return schedule;
+  }
+
+  // Enters what the schedule has due by `day`, as the user does when the program reminds them.
+  void EnterDue(ZELMAccount& account, ZELMAccountSchedule& schedule, sys_days day) {
+    for (const auto& entry : schedule.EvaluateForDate(local_days{day.time_since_epoch()})) {
+      entry->SetNumber(account.NextAvailableNumber());
+      if (entry->IsCheck()) entry->SetCheckNumber(account.NextAvailableCheckNumber());
+      entry->SetCleared(entry->GetDate() <= 20260430 ? 1 : 0);
+      account.AddEntry(entry);
+      schedule.CommitEntry(entry.get());
+    }
+  }
+
   void Transfer(ZELMAccount& from, ZELMAccount& to, sys_days day, double amount,
                 const std::string& description) {
     auto sent = Add(from, day, -amount, "Transfer", "Savings", to.GetName(), description);
@@ -123,18 +170,32 @@ class SampleWriter {
     const char* restaurants[] = {"Luigi's Trattoria", "Pho Saigon", "The Corner Diner",
                                  "Blue Bottle Coffee"};
     const char* stations[] = {"Shell", "Chevron", "Costco Gas"};
+    auto rent = Schedule(checking, first, schedule::kRepeatMonthly, -1650.00, "Check",
+                         "Housing:Rent", "Oakwood Properties", "Monthly rent");
+    auto salary =
+        Schedule(checking, sys_days{2025y / July / 4}, schedule::kRepeatEveryTwoWeeks, 2480.16,
+                 "Direct Deposit", "Income:Salary", "Acme Widgets Inc.", "Paycheck");
+    // The 28th falls on a weekend now and then; the bill is then paid on the Friday before.
+    auto water = Schedule(checking, sys_days{2025y / September / 28}, schedule::kRepeatQuarterly,
+                          -38.40, "Check", "Housing:Utilities:Water", "County Water District",
+                          "Quarterly water bill");
+    water->SetUsePrecedingFriday(true);
+    water->SetRepeatUntilType(schedule::kUntilDate);
+    water->SetRepeatUntil(20271231);
+    auto premium = Schedule(checking, sys_days{2026y / February / 15}, schedule::kRepeatYearly,
+                            -612.00, "Check", "Insurance:Life", "Evergreen Life", "Annual premium");
+    premium->SetRepeatUntilType(schedule::kUntilCount);
+    premium->SetRepeatUntil(10);
+    // The scheduled occurrences were last entered on this day.
+    const sys_days entered_until{2026y / June / 15};
     for (sys_days day = first; day <= last; day += days{1}) {
       const year_month_day ymd{day};
       const weekday wd{day};
       const unsigned dom = unsigned(ymd.day());
-      if ((day - first).count() % 14 == 4) {
-        Add(checking, day, 2480.16, "Direct Deposit", "Income:Salary", "Acme Widgets Inc.",
-            "Paycheck");
-      }
-      if (dom == 1) {
-        Add(checking, day, -1650.00, "Check", "Housing:Rent", "Oakwood Properties",
-            "Rent " + std::to_string(unsigned(ymd.month())) + "/" +
-                std::to_string(int(ymd.year())));
+      if (day <= entered_until) {
+        for (const auto& schedule : {salary, rent, water, premium}) {
+          EnterDue(checking, *schedule, day);
+        }
       }
       if (dom == 12) {
         Add(checking, day, -std::round(random.Amount(45, 140) * 100) / 100, "Online Payment",
@@ -143,10 +204,6 @@ class SampleWriter {
             "Internet");
       }
       if (dom == 20) Transfer(checking, savings, day, 400.00, "Monthly savings");
-      if (dom == 28 && unsigned(ymd.month()) % 3 == 0) {
-        Add(checking, day, -38.40, "Check", "Housing:Utilities:Water", "County Water District",
-            "Quarterly water bill");
-      }
       if (wd == Saturday) {
         Add(checking, day, -random.Amount(60, 180), "Debit Card", "Food:Groceries",
             random.Pick(grocers), "Groceries");
@@ -181,8 +238,6 @@ class SampleWriter {
         "Brake pads");
     Add(checking, sys_days{2025y / December / 20}, 150.00, "Deposit", "Income:Gifts",
         "Grandma Rose", "Holiday gift");
-    Add(checking, sys_days{2026y / February / 15}, -612.00, "Check", "Insurance:Life",
-        "Evergreen Life", "Annual premium");
     Add(euro, sys_days{2025y / August / 10}, 500.00, "Deposit", "Income:Gifts", "Tante Ilse",
         "Birthday gift");
   }

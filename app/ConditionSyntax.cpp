@@ -1,0 +1,583 @@
+#include "app/ConditionSyntax.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "app/Output.h"
+#include "folvant/filters/ZELMFilterCondition.h"
+#include "folvant/platform/plist/Value.h"
+
+namespace folvant::app {
+namespace {
+
+using Condition = ZELMFilterCondition;
+
+enum class Kind : std::uint8_t { kText, kDate, kNumber, kBoolean };
+
+struct Field {
+  const char* word;
+  std::int32_t category;
+  Kind kind;
+};
+
+// In the order the help lists them; the first word for a category is the one written back.
+constexpr Field kFields[] = {
+    {"description", Condition::kCategoryDescription, Kind::kText},
+    {"date", Condition::kCategoryDate, Kind::kDate},
+    {"amount", Condition::kCategoryAmount, Kind::kNumber},
+    {"type", Condition::kCategoryType, Kind::kText},
+    {"check", Condition::kCategoryCheck, Kind::kBoolean},
+    {"payee", Condition::kCategoryToFrom, Kind::kText},
+    {"resolved", Condition::kCategoryCleared, Kind::kBoolean},
+    {"tax-deductible", Condition::kCategoryTaxDeductible, Kind::kBoolean},
+    {"category", Condition::kCategoryCategory, Kind::kText},
+    {"void", Condition::kCategoryVoid, Kind::kBoolean},
+    {"check-number", Condition::kCategoryCheckString, Kind::kText},
+    {"amount-text", Condition::kCategoryAmountString, Kind::kText},
+    {"split-category", Condition::kCategorySplitCategory, Kind::kText},
+    {"split-description", Condition::kCategorySplitDescription, Kind::kText},
+    {"notes", Condition::kCategoryNotes, Kind::kText},
+    {"general", Condition::kCategoryGeneral, Kind::kText},
+    {"to-from", Condition::kCategoryToFrom, Kind::kText},  // accepted, written as "payee"
+};
+
+// A qualifier word of the text and amount fields. `negated` is the word for logic 0, when the
+// editor has one; otherwise "not" is written before the word.
+struct Comparison {
+  const char* word;
+  const char* negated;
+  std::int32_t qualifier;
+};
+
+constexpr Comparison kTextComparisons[] = {
+    {"contains", "does-not-contain", Condition::kQualifierContains},
+    {"starts-with", "does-not-start-with", Condition::kQualifierStartsWith},
+    {"ends-with", "does-not-end-with", Condition::kQualifierEndsWith},
+    {"is", "is-not", Condition::kQualifierIsEqualTo},
+};
+
+constexpr Comparison kAmountComparisons[] = {
+    {"=", "!=", Condition::kQualifierIs},
+    {">", nullptr, Condition::kQualifierIsMoreThan},
+    {"<", nullptr, Condition::kQualifierIsLessThan},
+    {"is", "is-not", Condition::kQualifierIs},  // accepted, written as "=" and "!="
+    {"more-than", nullptr, Condition::kQualifierIsMoreThan},
+    {"less-than", nullptr, Condition::kQualifierIsLessThan},
+};
+
+// What follows a date qualifier word.
+enum class Operands : std::uint8_t { kNone, kDay, kTwoDays, kCountUnit, kTwoCountsUnit };
+
+// For the counted rows `code` is the variant (0 in the last, 1 in the next, 2 between N and M
+// ago) and the qualifier is unit × 10 + variant; for the others it is the qualifier itself.
+struct DateWord {
+  const char* word;
+  const char* negated;
+  std::int32_t code;
+  Operands operands;
+};
+
+constexpr DateWord kDateWords[] = {
+    {"before", nullptr, Condition::kQualifierBefore, Operands::kDay},
+    {"on", nullptr, Condition::kQualifierExactly, Operands::kDay},
+    {"after", nullptr, Condition::kQualifierAfter, Operands::kDay},
+    {"between", nullptr, Condition::kQualifierBetween, Operands::kTwoDays},
+    {"is-today", "is-not-today", Condition::kQualifierToday, Operands::kNone},
+    {"is-yesterday", "is-not-yesterday", Condition::kQualifierYesterday, Operands::kNone},
+    {"in-last", nullptr, 0, Operands::kCountUnit},
+    {"in-next", nullptr, 1, Operands::kCountUnit},
+    {"between-ago", nullptr, 2, Operands::kTwoCountsUnit},
+    {"this-week", nullptr, 33, Operands::kNone},
+    {"this-month", nullptr, 43, Operands::kNone},
+    {"this-quarter", nullptr, 53, Operands::kNone},
+    {"this-year", nullptr, 63, Operands::kNone},
+    {"last-week", nullptr, 34, Operands::kNone},
+    {"last-month", nullptr, 44, Operands::kNone},
+    {"last-quarter", nullptr, 54, Operands::kNone},
+    {"last-year", nullptr, 64, Operands::kNone},
+    {"week-to-date", nullptr, 35, Operands::kNone},
+    {"month-to-date", nullptr, 45, Operands::kNone},
+    {"quarter-to-date", nullptr, 55, Operands::kNone},
+    {"year-to-date", nullptr, 65, Operands::kNone},
+    {"is", nullptr, Condition::kQualifierExactly, Operands::kDay},  // accepted, written as "on"
+};
+
+// Units of the counted date rows: the unit digit of the qualifier.
+constexpr std::array<const char*, 5> kUnits = {"day", "week", "month", "quarter", "year"};
+constexpr std::int32_t kFirstUnit = 2;
+
+bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+char AsciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+bool SameWord(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    if (AsciiLower(a[i]) != AsciiLower(b[i])) return false;
+  }
+  return true;
+}
+
+// Reads the words of a condition one at a time, or the rest of it as one text.
+class Words {
+ public:
+  explicit Words(std::string_view text) : text_(text) {}
+  std::string_view Next() {
+    SkipSpace();
+    const std::size_t start = pos_;
+    while (pos_ < text_.size() && !IsSpace(text_[pos_])) ++pos_;
+    return text_.substr(start, pos_ - start);
+  }
+  std::string_view Rest() {
+    SkipSpace();
+    std::string_view rest = text_.substr(pos_);
+    while (!rest.empty() && IsSpace(rest.back())) rest.remove_suffix(1);
+    pos_ = text_.size();
+    return rest;
+  }
+  bool AtEnd() {
+    SkipSpace();
+    return pos_ == text_.size();
+  }
+
+ private:
+  void SkipSpace() {
+    while (pos_ < text_.size() && IsSpace(text_[pos_])) ++pos_;
+  }
+  std::string_view text_;
+  std::size_t pos_ = 0;
+};
+
+template <typename Row>
+std::string WordList(const Row* rows, std::size_t count, bool with_negated) {
+  std::string list;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (!list.empty()) list += ", ";
+    list += rows[i].word;
+    if constexpr (requires { rows[i].negated; }) {
+      if (with_negated && rows[i].negated != nullptr) {
+        list += ", ";
+        list += rows[i].negated;
+      }
+    }
+  }
+  return list;
+}
+
+std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
+
+// Looks `word` up among the rows' words and negated words; sets `negated` for the latter.
+template <typename Row, std::size_t N>
+const Row* FindWord(const Row (&rows)[N], std::string_view word, bool& negated) {
+  for (const Row& row : rows) {
+    if (SameWord(word, row.word)) {
+      negated = false;
+      return &row;
+    }
+    if (row.negated != nullptr && SameWord(word, row.negated)) {
+      negated = true;
+      return &row;
+    }
+  }
+  return nullptr;
+}
+
+std::optional<std::int32_t> ParseInteger(std::string_view word) {
+  std::int32_t value = 0;
+  const auto [end, ec] = std::from_chars(word.data(), word.data() + word.size(), value);
+  if (ec != std::errc() || end != word.data() + word.size() || word.empty()) return std::nullopt;
+  return value;
+}
+
+std::optional<double> ParseNumber(std::string_view word) {
+  if (!word.empty() && word.front() == '+') word.remove_prefix(1);
+  double value = 0;
+  const auto [end, ec] = std::from_chars(word.data(), word.data() + word.size(), value);
+  if (ec != std::errc() || end != word.data() + word.size() || word.empty() ||
+      !std::isfinite(value)) {
+    return std::nullopt;
+  }
+  return value;
+}
+
+std::string NumberText(double value) {
+  char buffer[64];
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
+  return std::string(buffer, result.ptr);
+}
+
+// A text operand: the rest of the condition, or the text between its outer double quotes.
+std::string TextOperand(std::string_view rest) {
+  if (rest.size() >= 2 && rest.front() == '"' && rest.back() == '"') {
+    rest = rest.substr(1, rest.size() - 2);
+  }
+  return std::string(rest);
+}
+
+std::string TextOperandText(std::string_view text) {
+  const bool quote = text.empty() || IsSpace(text.front()) || IsSpace(text.back()) ||
+                     (text.size() >= 2 && text.front() == '"' && text.back() == '"');
+  return quote ? Quoted(text) : std::string(text);
+}
+
+struct Parsed {
+  std::int32_t qualifier = 0;
+  bool negated = false;
+  plist::Value data;
+};
+
+// Each ParseX reads the words after the field and returns false with `error` set on failure.
+using ParseResult = bool;
+
+ParseResult ParseText(Words& words, std::string_view field, bool negated, Parsed& out,
+                      std::string& error) {
+  const std::string_view word = words.Next();
+  bool word_negated = false;
+  const Comparison* row = FindWord(kTextComparisons, word, word_negated);
+  if (row == nullptr) {
+    error = (word.empty() ? "\"" + std::string(field) + "\" needs a comparison"
+                          : "unknown comparison " + Quoted(word) + " for " + std::string(field)) +
+            "; use one of: " + WordList(kTextComparisons, std::size(kTextComparisons), true);
+    return false;
+  }
+  if (negated && word_negated) {
+    error = "\"not\" cannot come before " + Quoted(word);
+    return false;
+  }
+  if (words.AtEnd()) {
+    error = Quoted(std::string(field) + " " + std::string(word)) +
+            " needs a text (write \"\" for the empty text)";
+    return false;
+  }
+  out.qualifier = row->qualifier;
+  out.negated = negated || word_negated;
+  out.data = plist::Value(TextOperand(words.Rest()));
+  return true;
+}
+
+ParseResult ParseAmount(Words& words, bool negated, Parsed& out, std::string& error) {
+  const std::string_view word = words.Next();
+  bool word_negated = false;
+  const Comparison* row = FindWord(kAmountComparisons, word, word_negated);
+  if (row == nullptr) {
+    error = (word.empty() ? std::string("\"amount\" needs a comparison")
+                          : "unknown comparison " + Quoted(word) + " for amount") +
+            "; use one of: =, !=, >, <";
+    return false;
+  }
+  if (negated && word_negated) {
+    error = "\"not\" cannot come before " + Quoted(word);
+    return false;
+  }
+  const std::string_view value = words.Next();
+  const std::optional<double> number = ParseNumber(value);
+  if (!number) {
+    error = "\"amount " + std::string(word) + "\" needs a number such as 100 or -20.5" +
+            (value.empty() ? std::string() : ", not " + Quoted(value));
+    return false;
+  }
+  out.qualifier = row->qualifier;
+  out.negated = negated || word_negated;
+  out.data = plist::Value(*number);
+  return true;
+}
+
+ParseResult ParseBoolean(Words& words, std::string_view field, bool negated, Parsed& out,
+                         std::string& error) {
+  std::string_view word = words.Next();
+  const auto yes_no = [](std::string_view w) -> std::optional<bool> {
+    if (SameWord(w, "yes") || SameWord(w, "true")) return true;
+    if (SameWord(w, "no") || SameWord(w, "false")) return false;
+    return std::nullopt;
+  };
+  bool word_negated = false;
+  std::optional<bool> flag;
+  if (SameWord(word, "is-set")) {
+    flag = true;
+  } else if (SameWord(word, "is-not-set")) {
+    flag = true;
+    word_negated = true;
+  } else if (SameWord(word, "is") || SameWord(word, "is-not")) {
+    word_negated = SameWord(word, "is-not");
+    word = words.Next();
+    flag = yes_no(word);
+  } else {
+    flag = yes_no(word);
+  }
+  if (!flag) {
+    error = (word.empty() ? Quoted(field) + " needs a value"
+                          : "unknown value " + Quoted(word) + " for " + std::string(field)) +
+            "; use one of: yes, no, is-set, is-not-set, is yes, is-not yes";
+    return false;
+  }
+  if (negated && word_negated) {
+    error = "\"not\" cannot come before a negative word";
+    return false;
+  }
+  out.qualifier = Condition::kQualifierIsSet;
+  out.negated = negated || word_negated;
+  out.data = plist::Value(*flag);
+  return true;
+}
+
+bool ParseDay(std::string_view word, std::int32_t& day, std::string& error) {
+  if (ParseDateNumber(word, day)) return true;
+  error = word.empty() ? std::string("a day (YYYY-MM-DD) is missing")
+                       : Quoted(word) + " is not a day (YYYY-MM-DD)";
+  return false;
+}
+
+bool ParseCount(std::string_view word, std::int32_t& count, std::string& error) {
+  if (const auto value = ParseInteger(word)) {
+    count = *value;
+    return true;
+  }
+  error =
+      word.empty() ? std::string("a count is missing") : Quoted(word) + " is not a whole number";
+  return false;
+}
+
+bool ParseUnit(std::string_view word, std::int32_t& unit, std::string& error) {
+  for (std::size_t i = 0; i < kUnits.size(); ++i) {
+    const std::string singular = kUnits[i];
+    if (SameWord(word, singular) || SameWord(word, singular + "s")) {
+      unit = kFirstUnit + static_cast<std::int32_t>(i);
+      return true;
+    }
+  }
+  error = (word.empty() ? std::string("a unit is missing") : "unknown unit " + Quoted(word)) +
+          "; use one of: days, weeks, months, quarters, years";
+  return false;
+}
+
+ParseResult ParseDate(Words& words, bool negated, Parsed& out, std::string& error) {
+  const std::string_view word = words.Next();
+  bool word_negated = false;
+  const DateWord* row = FindWord(kDateWords, word, word_negated);
+  if (row == nullptr) {
+    error = (word.empty() ? std::string("\"date\" needs a comparison")
+                          : "unknown comparison " + Quoted(word) + " for date") +
+            "; use one of: " + WordList(kDateWords, std::size(kDateWords) - 1, true);
+    return false;
+  }
+  if (negated && word_negated) {
+    error = "\"not\" cannot come before " + Quoted(word);
+    return false;
+  }
+  out.negated = negated || word_negated;
+  std::int32_t a = 0, b = 0, unit = 0;
+  switch (row->operands) {
+    case Operands::kNone:
+      out.qualifier = row->code;
+      out.data = plist::Value(plist::Array{});
+      break;
+    case Operands::kDay:
+      if (!ParseDay(words.Next(), a, error)) return false;
+      out.qualifier = row->code;
+      out.data = plist::Value(a);
+      break;
+    case Operands::kTwoDays:
+      if (!ParseDay(words.Next(), a, error) || !ParseDay(words.Next(), b, error)) return false;
+      out.qualifier = row->code;
+      out.data = plist::Value(plist::Array{plist::Value(a), plist::Value(b)});
+      break;
+    case Operands::kCountUnit:
+      if (!ParseCount(words.Next(), a, error) || !ParseUnit(words.Next(), unit, error)) {
+        return false;
+      }
+      out.qualifier = unit * 10 + row->code;
+      out.data = plist::Value(a);
+      break;
+    case Operands::kTwoCountsUnit:
+      if (!ParseCount(words.Next(), a, error) || !ParseCount(words.Next(), b, error) ||
+          !ParseUnit(words.Next(), unit, error)) {
+        return false;
+      }
+      out.qualifier = unit * 10 + row->code;
+      out.data = plist::Value(plist::Array{plist::Value(a), plist::Value(b)});
+      break;
+  }
+  return true;
+}
+
+// ---- Writing back ----
+
+std::string DataText(const plist::Value& data) {
+  if (const std::string* text = data.asString()) return Quoted(*text);
+  if (const auto flag = data.asBoolean()) return *flag ? "true" : "false";
+  if (const auto integer = data.asInteger()) return std::to_string(*integer);
+  if (const auto real = data.asReal()) return NumberText(*real);
+  if (const plist::Array* array = data.asArray()) {
+    std::string text = "[";
+    for (std::size_t i = 0; i < array->size(); ++i) {
+      if (i > 0) text += ", ";
+      text += DataText((*array)[i]);
+    }
+    return text + "]";
+  }
+  return "(other)";
+}
+
+std::string RawText(const Condition& condition) {
+  return "[category " + std::to_string(condition.category()) + " qualifier " +
+         std::to_string(condition.qualifier()) + " logic " + std::to_string(condition.logic()) +
+         " data " + (condition.data() != nullptr ? DataText(*condition.data()) : "none") + "]";
+}
+
+// "not WORD", or the row's own negative word when it has one.
+template <typename Row>
+std::string QualifierText(const Row& row, bool negated) {
+  if (!negated) return row.word;
+  return row.negated != nullptr ? row.negated : std::string("not ") + row.word;
+}
+
+template <typename Row, std::size_t N>
+const Row* RowForQualifier(const Row (&rows)[N], std::int32_t qualifier) {
+  for (const Row& row : rows) {
+    if (row.qualifier == qualifier) return &row;
+  }
+  return nullptr;
+}
+
+// The first and second values of a date condition's data, read as the condition reads them.
+std::pair<std::int32_t, std::int32_t> DateValues(const plist::Value& data) {
+  if (const plist::Array* array = data.asArray()) {
+    const std::int32_t a = array->empty() ? 0 : (*array)[0].intValue();
+    const std::int32_t b = array->size() < 2 ? 0 : (*array)[1].intValue();
+    return {a, b};
+  }
+  return {data.intValue(), 0};
+}
+
+std::optional<std::string> DayText(std::int32_t day) {
+  std::int32_t check = 0;
+  const std::string text = FormatDateNumber(day);
+  if (!ParseDateNumber(text, check) || check != day) return std::nullopt;
+  return text;
+}
+
+std::optional<std::string> DateOperands(const Condition& condition, bool negated) {
+  const std::int32_t qualifier = condition.qualifier();
+  const auto [a, b] = DateValues(*condition.data());
+  for (const DateWord& row : kDateWords) {
+    if (row.operands == Operands::kCountUnit || row.operands == Operands::kTwoCountsUnit ||
+        row.code != qualifier) {
+      continue;
+    }
+    std::string text = QualifierText(row, negated);
+    if (row.operands == Operands::kNone) return text;
+    const auto first = DayText(a);
+    if (!first) return std::nullopt;
+    if (row.operands == Operands::kDay) return text + " " + *first;
+    const auto second = DayText(b);
+    if (!second) return std::nullopt;
+    return text + " " + *first + " " + *second;
+  }
+  const std::int32_t unit = qualifier / 10, variant = qualifier % 10;
+  if (qualifier < 0 || unit < kFirstUnit ||
+      unit >= kFirstUnit + static_cast<std::int32_t>(kUnits.size()) || variant > 2) {
+    return std::nullopt;
+  }
+  const char* word = variant == 0 ? "in-last" : variant == 1 ? "in-next" : "between-ago";
+  std::string text = negated ? std::string("not ") + word : std::string(word);
+  text += " " + std::to_string(a);
+  if (variant == 2) text += " " + std::to_string(b);
+  const bool plural = variant == 2 || a != 1;
+  return text + " " + kUnits[unit - kFirstUnit] + (plural ? "s" : "");
+}
+
+}  // namespace
+
+std::shared_ptr<ZELMFilterCondition> ParseCondition(std::string_view text, std::string& error) {
+  Words words(text);
+  const std::string_view field_word = words.Next();
+  if (field_word.empty()) {
+    error = "empty condition; write FIELD QUALIFIER [VALUE], e.g. \"description contains rent\"";
+    return nullptr;
+  }
+  const Field* field = nullptr;
+  for (const Field& candidate : kFields) {
+    if (SameWord(field_word, candidate.word)) field = &candidate;
+  }
+  if (field == nullptr) {
+    error = "unknown field " + Quoted(field_word) +
+            "; use one of: " + WordList(kFields, std::size(kFields) - 1, false);
+    return nullptr;
+  }
+  Words lookahead = words;
+  bool negated = false;
+  if (SameWord(lookahead.Next(), "not")) {
+    words = lookahead;
+    negated = true;
+  }
+  Parsed parsed;
+  bool ok = false;
+  switch (field->kind) {
+    case Kind::kText:
+      ok = ParseText(words, field->word, negated, parsed, error);
+      break;
+    case Kind::kNumber:
+      ok = ParseAmount(words, negated, parsed, error);
+      break;
+    case Kind::kBoolean:
+      ok = ParseBoolean(words, field->word, negated, parsed, error);
+      break;
+    case Kind::kDate:
+      ok = ParseDate(words, negated, parsed, error);
+      break;
+  }
+  if (!ok) return nullptr;
+  if (!words.AtEnd()) {
+    error = "unexpected " + Quoted(words.Rest()) + " at the end of " + Quoted(text);
+    return nullptr;
+  }
+  return std::make_shared<ZELMFilterCondition>(field->category, parsed.qualifier,
+                                               parsed.negated ? 0 : 1, std::move(parsed.data));
+}
+
+std::string FormatCondition(const ZELMFilterCondition& condition) {
+  const Field* field = nullptr;
+  for (const Field& candidate : kFields) {
+    if (candidate.category == condition.category()) {
+      field = &candidate;
+      break;
+    }
+  }
+  const plist::Value* data = condition.data();
+  if (field == nullptr || data == nullptr) return RawText(condition);
+  const bool negated = condition.logic() == 0;
+  std::string text = std::string(field->word) + " ";
+  switch (field->kind) {
+    case Kind::kText: {
+      const std::string* value = data->asString();
+      const Comparison* row = RowForQualifier(kTextComparisons, condition.qualifier());
+      if (value == nullptr || row == nullptr) return RawText(condition);
+      return text + QualifierText(*row, negated) + " " + TextOperandText(*value);
+    }
+    case Kind::kNumber: {
+      const Comparison* row = RowForQualifier(kAmountComparisons, condition.qualifier());
+      if (!data->isNumber() || data->isBoolean() || row == nullptr) return RawText(condition);
+      return text + QualifierText(*row, negated) + " " + NumberText(data->doubleValue());
+    }
+    case Kind::kBoolean: {
+      if (!data->isNumber() || condition.qualifier() != Condition::kQualifierIsSet) {
+        return RawText(condition);
+      }
+      const bool flag = data->boolValue();
+      if (!negated) return text + (flag ? "yes" : "no");
+      return text + (flag ? "is-not-set" : "is-not no");
+    }
+    case Kind::kDate: {
+      const auto operands = DateOperands(condition, negated);
+      if (!operands) return RawText(condition);
+      return text + *operands;
+    }
+  }
+  return RawText(condition);
+}
+
+}  // namespace folvant::app
