@@ -7,6 +7,7 @@
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntryCategory.h"
 #include "folvant/model/ZELMAccountEntryType.h"
+#include "folvant/model/ZELMAccountFile.h"
 #include "folvant/platform/Log.h"
 #include "folvant/platform/Text.h"
 #include "folvant/values/LVCurrency.h"
@@ -138,20 +139,17 @@ bool Book::Load(std::string& error) {
       return false;
     }
     const std::filesystem::path account_path = AccountPath(number->intValue());
-    auto account_file = plist::ReadFile(account_path);
+    auto account_file = ReadAccountFile(account_path);
     if (!account_file) {
       error = DescribeReadError(account_path, account_file.error());
       return false;
     }
-    plist::Dictionary* dict = account_file->asDictionary();
-    if (dict == nullptr) {
+    FileLogSink log(account_path.string());
+    auto account = AccountFromFile(std::move(*account_file), this);
+    if (account == nullptr) {
       error = account_path.string() + ": not an account file (the top level is not a dictionary)";
       return false;
     }
-    FileLogSink log(account_path.string());
-    const plist::Value* version = dict->find("version");
-    if (version == nullptr || version->intValue() != 8) ZELMAccount::UpdateAccountDictionary(*dict);
-    auto account = std::make_shared<ZELMAccount>(dict, this);
     // An account without a password opens whatever is given; one with a password opens with
     // $FOLVANT_PASSWORD, and otherwise stays locked (its balance shows as zero).
     const char* password = std::getenv("FOLVANT_PASSWORD");
@@ -187,7 +185,7 @@ bool Book::Save(std::string& error, plist::Format format) const {
   SafeFileBatch batch;
   for (const auto& account : accounts_) {
     if (!batch.Stage(AccountPath(account->GetNumber()),
-                     plist::Write(plist::Value(account->asDictionary()), format), error)) {
+                     AccountFileBytes(*account, format), error)) {
       return false;
     }
   }

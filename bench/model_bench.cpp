@@ -29,6 +29,7 @@
 #include <vector>
 
 #include "folvant/model/ZELMAccount.h"
+#include "folvant/model/ZELMAccountFile.h"
 #include "folvant/platform/plist/PropertyList.h"
 
 namespace {
@@ -187,10 +188,7 @@ void BM_SortByDescription(benchmark::State& state) { SortBench(state, 3); }
 void BM_LoadAccountFile(benchmark::State& state) {
   const std::filesystem::path& path = SharedFile();
   for (auto _ : state) {
-    auto account = [&] {
-      auto tree = plist::ReadFile(path);
-      return std::make_unique<ZELMAccount>(tree.value().asDictionary());
-    }();
+    auto account = folvant::AccountFromFile(folvant::ReadAccountFile(path).value(), nullptr);
     benchmark::DoNotOptimize(account.get());
     state.PauseTiming();
     account.reset();
@@ -202,7 +200,7 @@ void BM_SaveAccountFile(benchmark::State& state) {
   const ZELMAccount& account = Shared();
   const auto path = SharedFile().string() + ".out";
   for (auto _ : state) {
-    const std::string bytes = plist::Write(account.asDictionary(), plist::Format::kBinary);
+    const std::string bytes = folvant::AccountFileBytes(account, plist::Format::kBinary);
     std::ofstream(path, std::ios::binary)
         .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   }
@@ -217,11 +215,7 @@ void BM_LoadedEntryMemory(benchmark::State& state) {
   for (auto _ : state) {
     malloc_trim(0);
     const double before = ResidentBytes();
-    std::unique_ptr<ZELMAccount> account;
-    {
-      auto tree = plist::ReadFile(path);
-      account = std::make_unique<ZELMAccount>(tree.value().asDictionary());
-    }
+    auto account = folvant::AccountFromFile(folvant::ReadAccountFile(path).value(), nullptr);
     malloc_trim(0);
     per_entry = (ResidentBytes() - before) / static_cast<double>(account->GetEntries().size());
     state.PauseTiming();
@@ -255,26 +249,18 @@ double ProcessorSeconds() {
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
-// The program's own load and save, once each, on a heap that nothing else has used yet. The
-// phases are timed too: reading the tree, building the objects, freeing the tree; making the
-// tree, encoding it, writing the file.
+// The program's own load and save, once each, on a heap that nothing else has used yet.
 int TimeFile(const std::filesystem::path& path) {
   using Clock = std::chrono::steady_clock;
   const double before = ResidentBytes();
   const double load_cpu_start = ProcessorSeconds();
   const auto load_start = Clock::now();
-  std::unique_ptr<ZELMAccount> account;
-  double read_seconds = 0, build_seconds = 0;
-  {
-    auto tree = plist::ReadFile(path);
-    read_seconds = Seconds(load_start);
-    if (!tree.has_value() || tree.value().asDictionary() == nullptr) {
-      std::fprintf(stderr, "%s: not an account file\n", path.c_str());
-      return 1;
-    }
-    const auto build_start = Clock::now();
-    account = std::make_unique<ZELMAccount>(tree.value().asDictionary());
-    build_seconds = Seconds(build_start);
+  auto file = folvant::ReadAccountFile(path);
+  std::shared_ptr<ZELMAccount> account =
+      file ? folvant::AccountFromFile(std::move(*file), nullptr) : nullptr;
+  if (account == nullptr) {
+    std::fprintf(stderr, "%s: not an account file\n", path.c_str());
+    return 1;
   }
   const double load_seconds = Seconds(load_start);
   const double load_cpu = ProcessorSeconds() - load_cpu_start;
@@ -283,23 +269,17 @@ int TimeFile(const std::filesystem::path& path) {
       (ResidentBytes() - before) / static_cast<double>(account->GetEntries().size());
   const double save_cpu_start = ProcessorSeconds();
   const auto save_start = Clock::now();
-  double tree_seconds = 0, encode_seconds = 0;
   {
-    plist::Value tree(account->asDictionary());
-    tree_seconds = Seconds(save_start);
-    const auto encode_start = Clock::now();
-    const std::string bytes = plist::Write(tree, plist::Format::kBinary);
-    encode_seconds = Seconds(encode_start);
+    const std::string bytes = folvant::AccountFileBytes(*account, plist::Format::kBinary);
     std::ofstream out(path.string() + ".out", std::ios::binary);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   }
   const double save_seconds = Seconds(save_start);
   const double save_cpu = ProcessorSeconds() - save_cpu_start;
   std::printf(
-      "entries %zu\nload_seconds %.3f (read %.3f, objects %.3f; processor %.3f)\n"
-      "save_seconds %.3f (tree %.3f, encode %.3f; processor %.3f)\nbytes_per_entry %.0f\n",
-      account->GetEntries().size(), load_seconds, read_seconds, build_seconds, load_cpu,
-      save_seconds, tree_seconds, encode_seconds, save_cpu, per_entry);
+      "entries %zu\nload_seconds %.3f (processor %.3f)\nsave_seconds %.3f (processor %.3f)\n"
+      "bytes_per_entry %.0f\n",
+      account->GetEntries().size(), load_seconds, load_cpu, save_seconds, save_cpu, per_entry);
   std::filesystem::remove(path.string() + ".out");
   return 0;
 }

@@ -214,6 +214,17 @@ ZELMAccount::ZELMAccount(const plist::Dictionary* dict, ZELMAccountsController* 
   ReadDictionary(*dict);
 }
 
+ZELMAccount::ZELMAccount(const plist::Dictionary* dict, ZELMAccountsController* controller,
+                         PreparedEntries prepared)
+    : ZELMAccount() {
+  accountsController_ = controller;
+  if (dict == nullptr) {
+    ZELMLog("Invalid theDictionary supplied to -[ZELMAccount initWithDictionary:]");
+    return;
+  }
+  ReadDictionary(*dict, &prepared);
+}
+
 ZELMAccount::~ZELMAccount() {
   // Entries may outlive the account in other lists (summaries, filter results); they must not
   // point at it afterwards.
@@ -222,7 +233,7 @@ ZELMAccount::~ZELMAccount() {
   });
 }
 
-void ZELMAccount::ReadDictionary(const plist::Dictionary& dict) {
+void ZELMAccount::ReadDictionary(const plist::Dictionary& dict, PreparedEntries* prepared) {
   if (const plist::Value* value =
           Read(dict, "name", Kind::kString,
                "Account does not have a name in -[ZELMAccount initWithDictionary:]",
@@ -259,7 +270,12 @@ void ZELMAccount::ReadDictionary(const plist::Dictionary& dict) {
           Read(dict, "entries", Kind::kArray,
                "Account does not have entries in -[ZELMAccount initWithDictionary:]",
                "Account entries are in the wrong format in -[ZELMAccount initWithDictionary:]")) {
-    InitEntries(value);
+    if (prepared != nullptr) {
+      for (const std::string& message : prepared->messages) ZELMLog(message);
+      SetEntries(std::move(prepared->entries));
+    } else {
+      InitEntries(value);
+    }
   }
   if (const plist::Value* value =
           Read(dict, "schedules", Kind::kArray,
@@ -442,7 +458,11 @@ void ZELMAccount::ResolveCurrency(const plist::Value* stored) {
   if (accountsController_ != nullptr) accountsController_->currencies().push_back(currency_);
 }
 
-plist::Dictionary ZELMAccount::asDictionary() const {
+plist::Dictionary ZELMAccount::asDictionary() const { return StoredForm(true); }
+
+plist::Dictionary ZELMAccount::asDictionaryWithoutEntries() const { return StoredForm(false); }
+
+plist::Dictionary ZELMAccount::StoredForm(bool with_entries) const {
   plist::Dictionary dict;
   dict.reserve(90);
   dict.append("name", name_);
@@ -452,8 +472,10 @@ plist::Dictionary ZELMAccount::asDictionary() const {
   dict.append("number", number_);
   dict.append("version", version_);
   plist::Array entries;
-  entries.reserve(entries_.size());
-  for (const auto& entry : entries_) entries.emplace_back(entry->asDictionary());
+  if (with_entries) {
+    entries.reserve(entries_.size());
+    for (const auto& entry : entries_) entries.emplace_back(entry->asDictionary());
+  }
   dict.append("entries", std::move(entries));
   plist::Array schedules;
   schedules.reserve(schedules_.size());

@@ -47,12 +47,26 @@ class ZELMAccount {
   // `controller` resolves the currency and the categories (the in-memory "accountsController"
   // key). nullptr dict: the new account, with a message.
   explicit ZELMAccount(const plist::Dictionary* dict, ZELMAccountsController* controller = nullptr);
+  // A register already built from its stored entries as they were read from a file, with the
+  // messages that building gave, in order.
+  struct PreparedEntries {
+    EntryList entries;
+    std::vector<std::string> messages;
+  };
+  // As above, except that the register is `prepared` instead of the stored "entries" (which
+  // must still be there, as an array): its messages are given where the stored entries would
+  // have been built.
+  ZELMAccount(const plist::Dictionary* dict, ZELMAccountsController* controller,
+              PreparedEntries prepared);
   ZELMAccount(const ZELMAccount&) = delete;
   ZELMAccount& operator=(const ZELMAccount&) = delete;
   ~ZELMAccount();
 
   // The stored form (keys in a fixed order, see the .cpp).
   plist::Dictionary asDictionary() const;
+  // The same with an empty "entries" array, for writers that take the register entry by entry
+  // (AccountFileBytes).
+  plist::Dictionary asDictionaryWithoutEntries() const;
 
   // ---- Format upgrade (ZELMAccountUpgrade.cpp) ----
   // Brings a stored account of any older version to the current one, in place.
@@ -521,7 +535,9 @@ class ZELMAccount {
     }
   }
 
-  void ReadDictionary(const plist::Dictionary& dict);
+  // `prepared`: the register to take instead of building the stored entries.
+  void ReadDictionary(const plist::Dictionary& dict, PreparedEntries* prepared = nullptr);
+  plist::Dictionary StoredForm(bool with_entries) const;
   // Smart folders and view filters (folvant/filters/ZELMAccountFilters.cpp): the stored
   // "smartFolders" replaces the list; the list in stored form; one view's filtered entries.
   void LoadSmartFolders(const plist::Value& stored);

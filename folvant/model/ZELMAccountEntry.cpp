@@ -129,22 +129,22 @@ ZELMAccountEntry::ZELMAccountEntry(const ZELMAccountEntry& entry) {
   account_ = entry.account_;
 }
 
-namespace {
-
 // Storage for the entries of one stored list: one allocation instead of one per entry, which
 // for a large register saves most of the time and memory of building it. Entries are held
 // through aliasing pointers that share the block's count.
-class EntryBlock {
+class ZELMAccountEntry::StoredListBuilder::Block {
  public:
-  explicit EntryBlock(std::size_t capacity)
-      : bytes_(capacity * sizeof(ZELMAccountEntry)),
-        memory_(static_cast<ZELMAccountEntry*>(plist::AllocateBulk(bytes_, true))) {}
-  EntryBlock(const EntryBlock&) = delete;
-  EntryBlock& operator=(const EntryBlock&) = delete;
-  ~EntryBlock() {
+  explicit Block(std::size_t capacity)
+      : capacity_(capacity),
+        memory_(static_cast<ZELMAccountEntry*>(
+            plist::AllocateBulk(capacity * sizeof(ZELMAccountEntry), true))) {}
+  Block(const Block&) = delete;
+  Block& operator=(const Block&) = delete;
+  ~Block() {
     for (std::size_t i = 0; i < size_; ++i) memory_[i].~ZELMAccountEntry();
-    plist::FreeBulk(memory_, bytes_);
+    plist::FreeBulk(memory_, capacity_ * sizeof(ZELMAccountEntry));
   }
+  bool full() const { return size_ == capacity_; }
   ZELMAccountEntry* Add(const plist::Dictionary* dict) {
     ZELMAccountEntry* entry = new (memory_ + size_) ZELMAccountEntry(dict);
     ++size_;
@@ -152,28 +152,39 @@ class EntryBlock {
   }
 
  private:
-  std::size_t bytes_;
+  std::size_t capacity_;
   ZELMAccountEntry* memory_;
   std::size_t size_ = 0;
 };
 
-}  // namespace
+ZELMAccountEntry::StoredListBuilder::StoredListBuilder(std::size_t capacity) {
+  entries_.reserve(capacity);
+  if (capacity > 0) block_ = std::make_shared<Block>(capacity);
+}
+
+void ZELMAccountEntry::StoredListBuilder::Add(const plist::Value& element) {
+  const plist::Dictionary* dict = element.asDictionary();
+  if (dict == nullptr) {
+    ZELMLog("Invalid theValue encountered in -[ZELMAccount InitEntries]");
+    return;
+  }
+  if (block_ == nullptr || block_->full()) {
+    // More elements than announced: the rest are made one by one.
+    entries_.push_back(std::make_shared<ZELMAccountEntry>(dict));
+    return;
+  }
+  entries_.emplace_back(block_, block_->Add(dict));
+}
+
+std::vector<std::shared_ptr<ZELMAccountEntry>> ZELMAccountEntry::StoredListBuilder::Finish() && {
+  return std::move(entries_);
+}
 
 std::vector<std::shared_ptr<ZELMAccountEntry>> ZELMAccountEntry::entriesFromStoredArray(
     const plist::Array& elements) {
-  std::vector<std::shared_ptr<ZELMAccountEntry>> entries;
-  entries.reserve(elements.size());
-  if (elements.empty()) return entries;
-  auto block = std::make_shared<EntryBlock>(elements.size());
-  for (const plist::Value& element : elements) {
-    const plist::Dictionary* dict = element.asDictionary();
-    if (dict == nullptr) {
-      ZELMLog("Invalid theValue encountered in -[ZELMAccount InitEntries]");
-      continue;
-    }
-    entries.emplace_back(block, block->Add(dict));
-  }
-  return entries;
+  StoredListBuilder builder(elements.size());
+  for (const plist::Value& element : elements) builder.Add(element);
+  return std::move(builder).Finish();
 }
 
 std::shared_ptr<ZELMAccountEntry> ZELMAccountEntry::entryWithEntry(const ZELMAccountEntry& entry) {

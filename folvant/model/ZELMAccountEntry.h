@@ -46,6 +46,23 @@ class ZELMAccountEntry {
   static std::vector<std::shared_ptr<ZELMAccountEntry>> entriesFromStoredArray(
       const plist::Array& elements);
 
+  // The same, one element at a time, for a list read member by member from its file:
+  //   StoredListBuilder builder(size);
+  //   for (...) builder.Add(element);
+  //   auto entries = std::move(builder).Finish();
+  class StoredListBuilder {
+   public:
+    // `capacity`: the number of elements to come (at most).
+    explicit StoredListBuilder(std::size_t capacity);
+    void Add(const plist::Value& element);
+    std::vector<std::shared_ptr<ZELMAccountEntry>> Finish() &&;
+
+   private:
+    class Block;
+    std::shared_ptr<Block> block_;
+    std::vector<std::shared_ptr<ZELMAccountEntry>> entries_;
+  };
+
   // A plain entry made as the copy constructor makes it.
   static std::shared_ptr<ZELMAccountEntry> entryWithEntry(const ZELMAccountEntry& entry);
 

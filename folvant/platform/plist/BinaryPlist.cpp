@@ -11,6 +11,7 @@
 #include <cstring>
 #include <iterator>
 #include <limits>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -57,8 +58,10 @@ std::string Hex(std::uint64_t value) {
 // Decodes a binary property list held in `bytes`, which must outlive the reader.
 class Reader {
  public:
-  explicit Reader(std::string_view bytes)
-      : data_(reinterpret_cast<const std::uint8_t*>(bytes.data())), size_(bytes.size()) {}
+  explicit Reader(std::string_view bytes, const StreamedRead* stream = nullptr)
+      : data_(reinterpret_cast<const std::uint8_t*>(bytes.data())),
+        size_(bytes.size()),
+        stream_(stream) {}
 
   Expected<Value, ReadError> Read() {
     Value top;
@@ -83,6 +86,9 @@ class Reader {
   bool ReadObject(std::uint64_t ref, std::size_t from, int depth, Value* out);
   bool ReadString(std::size_t offset, std::string* out);
   bool ReadContainer(std::uint64_t ref, std::size_t offset, int depth, Value* out);
+  // After the top dictionary is read with an empty array under the streamed key: hands the
+  // array object `ref` (named at `from`) to the stream's sink, or reads it into `slot`.
+  bool StreamMembers(std::uint64_t ref, std::size_t from, Dictionary& top, Value* slot);
   std::uint64_t RefAt(std::size_t position) const {
     return ReadBigEndian(data_ + position, ref_size_);
   }
@@ -98,6 +104,7 @@ class Reader {
 
   const std::uint8_t* data_;
   std::size_t size_;
+  const StreamedRead* stream_;
   std::size_t limit_ = 0;  // where the trailer starts; every object lies before it
   std::size_t offset_size_ = 0;
   std::size_t ref_size_ = 0;
@@ -341,6 +348,12 @@ bool Reader::ReadContainer(std::uint64_t ref, std::size_t offset, int depth, Val
     Dictionary entries;
     entries.reserve(count);
     const std::size_t values = start + count * ref_size_;
+    // The streamed array of the top dictionary: its reference, where it was named, and how
+    // often the key was met.
+    const bool streaming = stream_ != nullptr && depth == 0;
+    std::uint64_t streamed_ref = 0;
+    std::size_t streamed_at = 0;
+    int streamed_keys = 0;
     for (std::size_t i = 0; i < count; ++i) {
       const std::size_t key_at = start + i * ref_size_;
       std::size_t key_offset = 0;
@@ -352,13 +365,30 @@ bool Reader::ReadContainer(std::uint64_t ref, std::size_t offset, int depth, Val
       }
       std::string key;
       if (!ReadString(key_offset, &key)) return false;
-      entries.append(std::move(key), Value());
       const std::size_t value_at = values + i * ref_size_;
+      if (streaming && key == stream_->key && ++streamed_keys == 1) {
+        streamed_ref = RefAt(value_at);
+        streamed_at = value_at;
+        entries.append(std::move(key), Array());
+        continue;
+      }
+      entries.append(std::move(key), Value());
       if (!ReadObject(RefAt(value_at), value_at, depth + 1, &std::prev(entries.end())->second)) {
         return false;
       }
     }
+    if (streamed_keys > 1) {
+      // A repeated key is read as usual (the last value wins, as for any other key); only the
+      // first was left out.
+      if (!ReadObject(streamed_ref, streamed_at, depth + 1, entries.find(stream_->key))) {
+        return false;
+      }
+    }
     entries.collapseDuplicateKeys();
+    if (streamed_keys == 1 &&
+        !StreamMembers(streamed_ref, streamed_at, entries, entries.find(stream_->key))) {
+      return false;
+    }
     *out = Value(std::move(entries));
   } else {
     Array members(count);
@@ -372,6 +402,31 @@ bool Reader::ReadContainer(std::uint64_t ref, std::size_t offset, int depth, Val
   return true;
 }
 
+bool Reader::StreamMembers(std::uint64_t ref, std::size_t from, Dictionary& top, Value* slot) {
+  std::size_t offset = 0;
+  if (!Locate(ref, from, &offset)) return false;
+  MemberSink sink;
+  std::size_t start = 0;
+  std::size_t count = 0;
+  const bool array = (data_[offset] >> 4) == kArray && !open_[static_cast<std::size_t>(ref)];
+  if (array) {
+    if (!ReadCount(offset, ref_size_, &start, &count)) return false;
+    sink = stream_->start(top, count);
+  }
+  if (!sink) return ReadObject(ref, from, 1, slot);
+  if (!Spend(16, offset)) return false;
+  open_[static_cast<std::size_t>(ref)] = true;
+  Value member;
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::size_t at = start + i * ref_size_;
+    if (!ReadObject(RefAt(at), at, 2, &member)) return false;
+    sink(std::move(member));
+    member = Value();
+  }
+  open_[static_cast<std::size_t>(ref)] = false;
+  return true;
+}
+
 // Writes a value tree in two passes: the first numbers the objects (sharing equal scalars)
 // and records each container's member references; the second emits objects in that order into
 // a buffer sized exactly beforehand.
@@ -380,10 +435,20 @@ class Writer {
   using Table = std::vector<T, BulkAllocator<T>>;
 
  public:
+  explicit Writer(const StreamedWrite* stream = nullptr) : stream_(stream) {}
+
   std::string Write(const Value& value) {
     std::size_t objects = 0;
     std::size_t references = 0;
     Count(value, &objects, &references);
+    if (Streams(value)) {
+      // The streamed members are not there to count: reserve for members like the first.
+      std::size_t member_objects = 0;
+      std::size_t member_references = 0;
+      if (stream_->size > 0) Count(stream_->member(0), &member_objects, &member_references);
+      objects += stream_->size * member_objects;
+      references += stream_->size * (member_references + 1);
+    }
     objects_.reserve(objects);
     refs_.reserve(references);
     const std::uint32_t top = Add(value, 0);
@@ -406,7 +471,7 @@ class Writer {
   };
 
   // One object of the file. Strings and data point into the value tree (which outlives the
-  // writer); `bits` holds a scalar's 8 bytes, a text's length, or a container's first member
+  // writer), or, for streamed members, into the writer's own copies; `bits` holds a scalar's 8 bytes, a text's length, or a container's first member
   // reference.
   struct Object {
     const void* data;
@@ -462,11 +527,65 @@ class Writer {
   // `bits` bytes) is set for strings and data. The table's slots hold 32 bits of the hash
   // (which also place the slot) beside the object number + 1, so that a probe rarely needs to
   // look at the object itself.
+  static std::uint64_t ScalarHash(Kind kind, std::uint64_t bits) {
+    return Mix(bits ^ (static_cast<std::uint64_t>(kind) << 56));
+  }
+
+  // The kind and bits a scalar value is interned under; false for texts, data and containers.
+  static bool ScalarKey(const Value& value, Kind* kind, std::uint64_t* bits) {
+    switch (value.kind()) {
+      case Value::Kind::kInteger:
+        if (const std::optional<std::int64_t> i = value.asInteger()) {
+          *kind = Kind::kInteger;
+          *bits = static_cast<std::uint64_t>(*i);
+        } else {
+          *kind = Kind::kUnsigned;
+          *bits = *value.asUnsignedInteger();
+        }
+        return true;
+      case Value::Kind::kReal:
+        *kind = Kind::kReal;
+        *bits = std::bit_cast<std::uint64_t>(*value.asReal());
+        return true;
+      case Value::Kind::kDate:
+        *kind = Kind::kDate;
+        *bits = std::bit_cast<std::uint64_t>(value.asDate()->secondsSinceReferenceDate);
+        return true;
+      default:
+        return false;
+    }
+  }
+
+  // Starts fetching the table slot where a scalar value would be found: the members of a
+  // dictionary are looked up one after another, and their slots lie far apart in a large table.
+  void PrefetchScalar(const Value& value) const {
+    Kind kind;
+    std::uint64_t bits = 0;
+    if (slots_.empty() || !ScalarKey(value, &kind, &bits)) return;
+    const std::uint64_t hash = ScalarHash(kind, bits);
+    if (recent_scalars_[hash % std::size(recent_scalars_)].bits == bits) return;
+    __builtin_prefetch(&slots_[(hash >> 32) & (slots_.size() - 1)]);
+  }
+
   std::uint32_t Intern(Kind kind, std::uint64_t bits, const void* data) {
     const std::uint64_t hash =
         data != nullptr
             ? HashBytes(static_cast<const char*>(data), bits) + static_cast<std::uint64_t>(kind)
-            : Mix(bits ^ (static_cast<std::uint64_t>(kind) << 56));
+            : ScalarHash(kind, bits);
+    if (data != nullptr) return Insert(kind, bits, data, hash);
+    // Scalars repeat too (flags, types, the dates of a register in order): a small cache of
+    // recent ones spares most of them a probe of the large table.
+    RecentScalar& recent = recent_scalars_[hash % std::size(recent_scalars_)];
+    if (recent.id != 0 && recent.bits == bits && objects_[recent.id - 1].kind == kind) {
+      return recent.id - 1;
+    }
+    const std::uint32_t id = Insert(kind, bits, data, hash);
+    recent = {bits, id + 1};
+    return id;
+  }
+
+  // The number of the object with this hash equal to (kind, bits, data), adding it when new.
+  std::uint32_t Insert(Kind kind, std::uint64_t bits, const void* data, std::uint64_t hash) {
     const std::uint64_t tag = hash & 0xFFFFFFFF00000000ULL;
     if ((interned_ + 1) * 2 > slots_.size()) Grow();
     const std::size_t mask = slots_.size() - 1;
@@ -474,6 +593,7 @@ class Writer {
       const std::uint64_t slot = slots_[i];
       if (slot == 0) {
         const auto id = static_cast<std::uint32_t>(objects_.size());
+        if (data != nullptr && copying_) data = Keep(data, bits);
         objects_.push_back({data, bits, 0, kind});
         slots_[i] = tag | (id + std::uint64_t{1});
         ++interned_;
@@ -487,6 +607,52 @@ class Writer {
         }
       }
     }
+  }
+
+  // Whether `value` is a top dictionary whose streamed key is to be written from the stream.
+  bool Streams(const Value& value) const {
+    const Dictionary* dictionary = value.asDictionary();
+    return stream_ != nullptr && dictionary != nullptr && dictionary->contains(stream_->key);
+  }
+
+  // A copy of `bytes` bytes that lives as long as the writer, for the texts and data of
+  // streamed members, which are gone by the time the file is emitted.
+  const void* Keep(const void* data, std::size_t bytes) {
+    constexpr std::size_t kChunk = std::size_t{1} << 16;
+    if (bytes > kChunk / 4) {
+      kept_.push_back(std::make_unique<char[]>(bytes));
+      std::memcpy(kept_.back().get(), data, bytes);
+      return kept_.back().get();
+    }
+    if (kept_.empty() || kept_free_ < bytes) {
+      kept_.push_back(std::make_unique<char[]>(kChunk));
+      kept_next_ = kept_.back().get();
+      kept_free_ = kChunk;
+    }
+    char* copy = kept_next_;
+    std::memcpy(copy, data, bytes);
+    kept_next_ += bytes;
+    kept_free_ -= bytes;
+    return copy;
+  }
+
+  // The array under the streamed key: its members made one at a time and added as they come.
+  std::uint32_t AddStreamedArray(std::size_t depth) {
+    const auto count = static_cast<std::uint32_t>(stream_->size);
+    const std::uint32_t id = NewContainer(Kind::kArray, count, count);
+    std::size_t slot = objects_[id].bits;
+    std::uint32_t added = 0;
+    copying_ = true;
+    for (std::size_t i = 0; i < stream_->size; ++i) {
+      const Value member = stream_->member(i);
+      if (member.isNone()) continue;
+      const std::uint32_t child = Add(member, depth + 1);
+      refs_[slot++] = child;
+      ++added;
+    }
+    copying_ = false;
+    objects_[id].count = added;
+    return id;
   }
 
   void Grow() {
@@ -521,7 +687,7 @@ class Writer {
       return recent.id;
     }
     const std::uint32_t id = Intern(Kind::kString, size, text.data());
-    recent = {text.data(), size, id};
+    recent = {static_cast<const char*>(objects_[id].data), size, id};
     return id;
   }
 
@@ -532,16 +698,13 @@ class Writer {
       case Value::Kind::kBoolean:
         return Intern(*value.asBoolean() ? Kind::kTrue : Kind::kFalse, 0, nullptr);
       case Value::Kind::kInteger:
-        if (const std::optional<std::int64_t> i = value.asInteger()) {
-          return Intern(Kind::kInteger, static_cast<std::uint64_t>(*i), nullptr);
-        }
-        return Intern(Kind::kUnsigned, *value.asUnsignedInteger(), nullptr);
       case Value::Kind::kReal:
-        return Intern(Kind::kReal, std::bit_cast<std::uint64_t>(*value.asReal()), nullptr);
-      case Value::Kind::kDate:
-        return Intern(Kind::kDate,
-                      std::bit_cast<std::uint64_t>(value.asDate()->secondsSinceReferenceDate),
-                      nullptr);
+      case Value::Kind::kDate: {
+        Kind kind = Kind::kNull;
+        std::uint64_t bits = 0;
+        ScalarKey(value, &kind, &bits);
+        return Intern(kind, bits, nullptr);
+      }
       case Value::Kind::kString:
         return AddString(*value.asString());
       case Value::Kind::kData: {
@@ -578,10 +741,15 @@ class Writer {
         const auto count = static_cast<std::uint32_t>(entries.size());
         const std::uint32_t id = NewContainer(Kind::kDictionary, count, 2 * std::size_t{count});
         const std::size_t first = objects_[id].bits;
+        for (std::uint32_t i = 0; i < count; ++i) PrefetchScalar(entries[i]->second);
         for (std::uint32_t i = 0; i < count; ++i) refs_[first + i] = AddString(entries[i]->first);
+        const bool streams = depth == 0 && Streams(value);
         for (std::uint32_t i = 0; i < count; ++i) {
           // Deeper levels resize `scratch_` but never touch this level's buffer contents.
-          const std::uint32_t child = Add(scratch_[depth][i]->second, depth + 1);
+          const Dictionary::Entry& entry = *scratch_[depth][i];
+          const std::uint32_t child = streams && entry.first == stream_->key
+                                          ? AddStreamedArray(depth)
+                                          : Add(entry.second, depth + 1);
           refs_[first + count + i] = child;
         }
         return id;
@@ -786,11 +954,21 @@ class Writer {
   Table<std::uint32_t> refs_;
   std::vector<std::vector<const Dictionary::Entry*>> scratch_;
   struct RecentText {
-    const char* data = nullptr;  // in the value tree, which outlives the writer
+    const char* data = nullptr;  // the interned object's text
     std::size_t size = 0;
     std::uint32_t id = 0;
   };
   RecentText recent_[256];
+  struct RecentScalar {
+    std::uint64_t bits = 0;
+    std::uint32_t id = 0;  // object number + 1; 0 for an empty slot
+  };
+  RecentScalar recent_scalars_[4096];
+  const StreamedWrite* stream_;
+  bool copying_ = false;  // adding streamed members: texts and data are copied
+  std::vector<std::unique_ptr<char[]>> kept_;
+  char* kept_next_ = nullptr;
+  std::size_t kept_free_ = 0;
   std::size_t ref_size_ = 1;
   char* out_ = nullptr;
 };
@@ -799,6 +977,14 @@ class Writer {
 
 Expected<Value, ReadError> ReadBinary(std::string_view bytes) { return Reader(bytes).Read(); }
 
+Expected<Value, ReadError> ReadBinary(std::string_view bytes, const StreamedRead& stream) {
+  return Reader(bytes, &stream).Read();
+}
+
 std::string WriteBinary(const Value& value) { return Writer().Write(value); }
+
+std::string WriteBinary(const Value& value, const StreamedWrite& stream) {
+  return Writer(&stream).Write(value);
+}
 
 }  // namespace folvant::plist

@@ -17,9 +17,13 @@ namespace folvant::plist {
 // objects would expand far beyond its own size, a cycle, nesting deeper than kMaxNestingDepth
 // or any offset or count outside the file is refused with the offset of the object at fault.
 Expected<Value, ReadError> ReadBinary(std::string_view bytes);
+// The same, streaming the members of one array of the top dictionary (see StreamedRead).
+Expected<Value, ReadError> ReadBinary(std::string_view bytes, const StreamedRead& stream);
 
 // The binary property list of `value`. Equal strings (keys included), numbers, dates and data
 // are stored once; dictionary keys are written sorted.
 std::string WriteBinary(const Value& value);
+// The same, with one array of the top dictionary made member by member (see StreamedWrite).
+std::string WriteBinary(const Value& value, const StreamedWrite& stream);
 
 }  // namespace folvant::plist

@@ -118,8 +118,28 @@ Expected<Value, ReadError> ReadText(std::string bytes) {
   return value;
 }
 
+// What a streamed read of a whole tree does: the array under the stream's key is handed over
+// member by member, exactly as the binary reader hands it while reading.
+void HandOverMembers(Value& top, const StreamedRead& stream) {
+  Dictionary* dictionary = top.asDictionary();
+  if (dictionary == nullptr) return;
+  std::size_t found = 0;
+  for (const Dictionary::Entry& entry : *dictionary) found += entry.first == stream.key ? 1 : 0;
+  Value* slot = dictionary->find(stream.key);
+  if (found != 1 || !slot->isArray()) return;
+  Array members = std::move(*slot->asArray());
+  *slot = Array();
+  MemberSink sink = stream.start(*dictionary, members.size());
+  if (!sink) {
+    *slot = std::move(members);
+    return;
+  }
+  for (Value& member : members) sink(std::move(member));
+}
+
 // Reads a property list whose bytes the caller hands over, so that XML needs no copy.
-Expected<Value, ReadError> ReadOwned(std::string_view view, std::string* owned) {
+Expected<Value, ReadError> ReadOwned(std::string_view view, std::string* owned,
+                                     const StreamedRead* stream = nullptr) {
   if (view.empty()) return Unexpected{ReadError{"the property list is empty", 0}};
   const std::optional<Format> format = DetectFormat(view);
   if (!format) {
@@ -131,9 +151,12 @@ Expected<Value, ReadError> ReadOwned(std::string_view view, std::string* owned) 
                                       std::string(view.substr(0, 8)) + "\" is not supported",
                                   0}};
     }
-    return ReadBinary(view);
+    return stream != nullptr ? ReadBinary(view, *stream) : ReadBinary(view);
   }
-  return ReadText(owned != nullptr ? std::move(*owned) : std::string(view));
+  Expected<Value, ReadError> value =
+      ReadText(owned != nullptr ? std::move(*owned) : std::string(view));
+  if (value && stream != nullptr) HandOverMembers(*value, *stream);
+  return value;
 }
 
 }  // namespace
@@ -153,6 +176,10 @@ std::optional<Format> DetectFormat(std::string_view bytes) {
 
 Expected<Value, ReadError> Read(std::string_view bytes) { return ReadOwned(bytes, nullptr); }
 
+Expected<Value, ReadError> Read(std::string_view bytes, const StreamedRead& stream) {
+  return ReadOwned(bytes, nullptr, &stream);
+}
+
 Expected<Value, ReadError> ReadInPlace(std::string bytes) {
   const std::string_view view = bytes;
   return ReadOwned(view, &bytes);
@@ -164,7 +191,8 @@ namespace {
 // strings are copied out as they are decoded, so the bytes need not be copied into memory of
 // their own first. Empty when the file is not such a list or cannot be mapped; the caller then
 // reads it the ordinary way.
-std::optional<Expected<Value, ReadError>> ReadMappedBinary(const std::filesystem::path& path) {
+std::optional<Expected<Value, ReadError>> ReadMappedBinary(const std::filesystem::path& path,
+                                                           const StreamedRead* stream) {
   constexpr std::size_t kMappedFrom = std::size_t{4} << 20;
   const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return std::nullopt;
@@ -181,19 +209,23 @@ std::optional<Expected<Value, ReadError>> ReadMappedBinary(const std::filesystem
   }
   close(fd);
   if (mapped == MAP_FAILED) return std::nullopt;
-  Expected<Value, ReadError> value = Read(std::string_view(static_cast<const char*>(mapped), size));
+  const std::string_view bytes(static_cast<const char*>(mapped), size);
+  Expected<Value, ReadError> value = stream != nullptr ? Read(bytes, *stream) : Read(bytes);
   munmap(mapped, size);
   return value;
 }
 
 }  // namespace
 
-Expected<Value, ReadError> ReadFile(const std::filesystem::path& path) {
+namespace {
+
+Expected<Value, ReadError> ReadFileStreaming(const std::filesystem::path& path,
+                                             const StreamedRead* stream) {
   const auto fail = [&path](int error) {
     return Unexpected{ReadError{
         "cannot read " + path.string() + ": " + std::generic_category().message(error), 0}};
   };
-  if (auto mapped = ReadMappedBinary(path)) return std::move(*mapped);
+  if (auto mapped = ReadMappedBinary(path, stream)) return std::move(*mapped);
   std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
                                                        &std::fclose);
   if (!file) return fail(errno);
@@ -208,11 +240,36 @@ Expected<Value, ReadError> ReadFile(const std::filesystem::path& path) {
     if (got < sizeof buffer) break;
   }
   if (std::ferror(file.get())) return fail(errno);
-  return ReadInPlace(std::move(bytes));
+  const std::string_view view = bytes;
+  return ReadOwned(view, &bytes, stream);
+}
+
+}  // namespace
+
+Expected<Value, ReadError> ReadFile(const std::filesystem::path& path) {
+  return ReadFileStreaming(path, nullptr);
+}
+
+Expected<Value, ReadError> ReadFile(const std::filesystem::path& path,
+                                    const StreamedRead& stream) {
+  return ReadFileStreaming(path, &stream);
 }
 
 std::string Write(const Value& value, Format format) {
   return format == Format::kBinary ? WriteBinary(value) : WriteXml(value);
+}
+
+std::string Write(const Value& value, Format format, const StreamedWrite& stream) {
+  if (format == Format::kBinary) return WriteBinary(value, stream);
+  // XML text is written from a whole tree.
+  Value whole = value;
+  Dictionary* dictionary = whole.asDictionary();
+  if (dictionary == nullptr || !dictionary->contains(stream.key)) return WriteXml(whole);
+  Array members;
+  members.reserve(stream.size);
+  for (std::size_t i = 0; i < stream.size; ++i) members.push_back(stream.member(i));
+  dictionary->set(stream.key, std::move(members));
+  return WriteXml(whole);
 }
 
 }  // namespace folvant::plist

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -58,5 +59,34 @@ Expected<Value, ReadError> ReadFile(const std::filesystem::path& path);
 // sorted keys, base64 data in lines, dates as "2008-02-29T12:00:00Z"); binary stores each
 // distinct string, number, date and data once, however often it is used.
 std::string Write(const Value& value, Format format);
+
+// A file whose top dictionary holds one very large array (an account's register) can be read
+// and written member by member, so that the array never exists as values all at once.
+
+// A read that hands the members of the array under `key` of the top dictionary to the caller.
+// Once the rest of the file is read, `start` is called with the top dictionary, which holds an
+// empty array under `key`, and the number of members; it returns the function that takes each
+// member in turn (the dictionary read then keeps the empty array), or an empty function to
+// have the array read as usual. Nothing is streamed when the top object is not a dictionary,
+// when `key` is not an array or when `key` appears more than once.
+//   MemberSink sink = [&](Value&& member) { list.push_back(Build(member)); };
+//   auto value = plist::ReadFile(path, {"entries", [&](const Dictionary&, std::size_t) { return sink; }});
+using MemberSink = std::function<void(Value&& member)>;
+struct StreamedRead {
+  std::string_view key;
+  std::function<MemberSink(const Dictionary& rest, std::size_t size)> start;
+};
+Expected<Value, ReadError> Read(std::string_view bytes, const StreamedRead& stream);
+Expected<Value, ReadError> ReadFile(const std::filesystem::path& path, const StreamedRead& stream);
+
+// A write that takes the array under `key` of the top dictionary from `member(0)` to
+// `member(size - 1)`, each made when it is written, in place of whatever `value` holds there.
+// The bytes are those of Write on a value holding the whole array.
+struct StreamedWrite {
+  std::string_view key;
+  std::size_t size = 0;
+  std::function<Value(std::size_t index)> member;
+};
+std::string Write(const Value& value, Format format, const StreamedWrite& stream);
 
 }  // namespace folvant::plist
