@@ -12,6 +12,7 @@
 #include <iterator>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -348,12 +349,12 @@ bool Reader::ReadContainer(std::uint64_t ref, std::size_t offset, int depth, Val
     Dictionary entries;
     entries.reserve(count);
     const std::size_t values = start + count * ref_size_;
-    // The streamed array of the top dictionary: its reference, where it was named, and how
-    // often the key was met.
+    // The streamed array of the top dictionary: its reference and where it was named, once
+    // the key is met. A repeated key keeps its last value, which is the one streamed.
     const bool streaming = stream_ != nullptr && depth == 0;
-    std::uint64_t streamed_ref = 0;
+    std::optional<std::uint64_t> streamed_ref;
     std::size_t streamed_at = 0;
-    int streamed_keys = 0;
+    std::size_t streamed_index = 0;
     for (std::size_t i = 0; i < count; ++i) {
       const std::size_t key_at = start + i * ref_size_;
       std::size_t key_offset = 0;
@@ -366,9 +367,15 @@ bool Reader::ReadContainer(std::uint64_t ref, std::size_t offset, int depth, Val
       std::string key;
       if (!ReadString(key_offset, &key)) return false;
       const std::size_t value_at = values + i * ref_size_;
-      if (streaming && key == stream_->key && ++streamed_keys == 1) {
+      if (streaming && key == stream_->key) {
+        // An earlier value of the key is read as usual, for its errors.
+        if (streamed_ref && !ReadObject(*streamed_ref, streamed_at, depth + 1,
+                                        &(entries.begin() + streamed_index)->second)) {
+          return false;
+        }
         streamed_ref = RefAt(value_at);
         streamed_at = value_at;
+        streamed_index = entries.size();
         entries.append(std::move(key), Array());
         continue;
       }
@@ -377,16 +384,9 @@ bool Reader::ReadContainer(std::uint64_t ref, std::size_t offset, int depth, Val
         return false;
       }
     }
-    if (streamed_keys > 1) {
-      // A repeated key is read as usual (the last value wins, as for any other key); only the
-      // first was left out.
-      if (!ReadObject(streamed_ref, streamed_at, depth + 1, entries.find(stream_->key))) {
-        return false;
-      }
-    }
     entries.collapseDuplicateKeys();
-    if (streamed_keys == 1 &&
-        !StreamMembers(streamed_ref, streamed_at, entries, entries.find(stream_->key))) {
+    if (streamed_ref &&
+        !StreamMembers(*streamed_ref, streamed_at, entries, entries.find(stream_->key))) {
       return false;
     }
     *out = Value(std::move(entries));

@@ -123,10 +123,8 @@ Expected<Value, ReadError> ReadText(std::string bytes) {
 void HandOverMembers(Value& top, const StreamedRead& stream) {
   Dictionary* dictionary = top.asDictionary();
   if (dictionary == nullptr) return;
-  std::size_t found = 0;
-  for (const Dictionary::Entry& entry : *dictionary) found += entry.first == stream.key ? 1 : 0;
   Value* slot = dictionary->find(stream.key);
-  if (found != 1 || !slot->isArray()) return;
+  if (slot == nullptr || !slot->isArray()) return;
   Array members = std::move(*slot->asArray());
   *slot = Array();
   MemberSink sink = stream.start(*dictionary, members.size());

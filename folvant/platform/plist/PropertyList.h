@@ -67,8 +67,9 @@ std::string Write(const Value& value, Format format);
 // Once the rest of the file is read, `start` is called with the top dictionary, which holds an
 // empty array under `key`, and the number of members; it returns the function that takes each
 // member in turn (the dictionary read then keeps the empty array), or an empty function to
-// have the array read as usual. Nothing is streamed when the top object is not a dictionary,
-// when `key` is not an array or when `key` appears more than once.
+// have the array read as usual. Nothing is streamed when the top object is not a dictionary
+// or `key` does not hold an array there (where a key repeats, the last value counts, as in any
+// dictionary read).
 //   MemberSink sink = [&](Value&& member) { list.push_back(Build(member)); };
 //   auto value = plist::ReadFile(path, {"entries", [&](const Dictionary&, std::size_t) { return sink; }});
 using MemberSink = std::function<void(Value&& member)>;
