@@ -184,8 +184,8 @@ bool Book::Save(std::string& error, plist::Format format) const {
   std::filesystem::create_directories(directory_ / "accounts", ec);
   SafeFileBatch batch;
   for (const auto& account : accounts_) {
-    if (!batch.Stage(AccountPath(account->GetNumber()),
-                     AccountFileBytes(*account, format), error)) {
+    if (!batch.Stage(AccountPath(account->GetNumber()), AccountFileBytes(*account, format),
+                     error)) {
       return false;
     }
   }

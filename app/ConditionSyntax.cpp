@@ -332,12 +332,12 @@ bool ParseDay(std::string_view word, std::int32_t& day, std::string& error) {
 }
 
 bool ParseCount(std::string_view word, std::int32_t& count, std::string& error) {
-  if (const auto value = ParseInteger(word)) {
+  if (const auto value = ParseInteger(word); value && *value >= 0) {
     count = *value;
     return true;
   }
-  error =
-      word.empty() ? std::string("a count is missing") : Quoted(word) + " is not a whole number";
+  error = word.empty() ? std::string("a count is missing")
+                       : Quoted(word) + " is not a whole number of 0 or more";
   return false;
 }
 

@@ -98,8 +98,8 @@ std::unique_ptr<ZELMAccount> MakeAccount(std::size_t count) {
 // The account as the program holds it: loaded from its file, entries side by side in memory.
 ZELMAccount& Shared() {
   static std::shared_ptr<ZELMAccount> account = [] {
-    const std::string bytes = folvant::AccountFileBytes(*MakeAccount(g_entries),
-                                                        plist::Format::kBinary);
+    const std::string bytes =
+        folvant::AccountFileBytes(*MakeAccount(g_entries), plist::Format::kBinary);
     return folvant::AccountFromFile(folvant::ReadAccountBytes(bytes).value(), nullptr);
   }();
   return *account;

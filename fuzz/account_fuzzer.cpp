@@ -60,10 +60,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   (void)account.numberOfPendingScheduledEntriesForDate(folvant::platform::Now());
 
   const folvant::plist::Dictionary stored = account.asDictionary();
-  const std::string written =
-      folvant::AccountFileBytes(account, folvant::plist::Format::kBinary);
-  Check(written == folvant::plist::Write(folvant::plist::Value(stored),
-                                         folvant::plist::Format::kBinary));
+  const std::string written = folvant::AccountFileBytes(account, folvant::plist::Format::kBinary);
+  Check(written ==
+        folvant::plist::Write(folvant::plist::Value(stored), folvant::plist::Format::kBinary));
   auto again = folvant::ReadAccountBytes(written);
   Check(again.has_value());
   Check(folvant::AccountFromFile(std::move(*again), nullptr)->asDictionary() == stored);

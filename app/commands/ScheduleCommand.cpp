@@ -4,6 +4,7 @@
 #include <functional>
 #include <iomanip>
 #include <ostream>
+#include <sstream>
 
 #include "app/Book.h"
 #include "app/Output.h"
@@ -407,16 +408,22 @@ int AddSchedule(Context& context, const AddOptions& o) {
   auto account = FindAccount(context, *book, o.account);
   if (!account) return 1;
 
-  // --every [N] UNIT
+  // --every [N] UNIT, as two words or one ("2 weeks")
+  std::vector<std::string> every = o.every;
+  if (every.size() == 1) {
+    std::istringstream words(every[0]);
+    every.clear();
+    for (std::string word; words >> word;) every.push_back(word);
+  }
   std::int32_t n = 1;
   std::string unit;
-  if (o.every.size() == 2) {
-    if (!ParseInt(o.every[0], n) || n < 1) {
-      return Fail(context, "--every: \"" + o.every[0] + "\" is not a count of 1 or more");
+  if (every.size() == 2) {
+    if (!ParseInt(every[0], n) || n < 1) {
+      return Fail(context, "--every: \"" + every[0] + "\" is not a count of 1 or more");
     }
-    unit = Unit(o.every[1]);
-  } else if (o.every.size() == 1) {
-    unit = Unit(o.every[0]);
+    unit = Unit(every[1]);
+  } else if (every.size() == 1) {
+    unit = Unit(every[0]);
   }
   if (unit.empty()) {
     return Fail(context, "--every: the unit must be day, week, month, quarter or year");

@@ -57,10 +57,21 @@ enum Slot : std::size_t {
   kSlotCount
 };
 
-constexpr std::string_view kSlotKeys[kSlotCount] = {
-    "date",   "number",      "checkNumber", "entryFlags", "linkedEntry",
-    "linkedAccount", "linkedExchangedAmount", "description", "type", "category",
-    "amount", "toFrom",      "cleared",     "notes",      "splitLineItems"};
+constexpr std::string_view kSlotKeys[kSlotCount] = {"date",
+                                                    "number",
+                                                    "checkNumber",
+                                                    "entryFlags",
+                                                    "linkedEntry",
+                                                    "linkedAccount",
+                                                    "linkedExchangedAmount",
+                                                    "description",
+                                                    "type",
+                                                    "category",
+                                                    "amount",
+                                                    "toFrom",
+                                                    "cleared",
+                                                    "notes",
+                                                    "splitLineItems"};
 
 // The value of each key, the first one when a key repeats (as Dictionary::find gives).
 struct EntryKeys {

@@ -75,8 +75,9 @@ std::shared_ptr<ZELMAccount> AccountFromFile(ZELMAccountFile file,
 std::string AccountFileBytes(const ZELMAccount& account, plist::Format format) {
   const ZELMAccount::EntryList& entries = account.GetEntries();
   return plist::Write(plist::Value(account.asDictionaryWithoutEntries()), format,
-                      {"entries", entries.size(),
-                       [&entries](std::size_t i) { return plist::Value(entries[i]->asDictionary()); }});
+                      {"entries", entries.size(), [&entries](std::size_t i) {
+                         return plist::Value(entries[i]->asDictionary());
+                       }});
 }
 
 }  // namespace folvant

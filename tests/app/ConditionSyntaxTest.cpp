@@ -159,6 +159,7 @@ TEST(ConditionSyntax, BadWordsAreRefusedWithOneHelpfulLine) {
       {"date before 2026-02-30", "\"2026-02-30\" is not a day (YYYY-MM-DD)"},
       {"date between 2026-01-01", "a day (YYYY-MM-DD) is missing"},
       {"date in-last three days", "\"three\" is not a whole number"},
+      {"date in-last -3 months", "\"-3\" is not a whole number of 0 or more"},
       {"date in-last 3 fortnights", "unknown unit \"fortnights\"; use one of: days, weeks"},
       {"date between-ago 3 days", "\"days\" is not a whole number"},
       {"date this-year please", "unexpected \"please\""},

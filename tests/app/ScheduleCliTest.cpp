@@ -202,7 +202,7 @@ TEST_F(ScheduleCli, AddMapsTheCommonKindsOntoStoredKinds) {
        "1",
        "1",
        {"2026-03-13", "2026-03-20", "2026-03-27"}},
-      {"--every 2 weeks --start 2026-03-10",
+      {"--every '2 weeks' --start 2026-03-10",  // one word or two
        "3",
        "1",
        "1",

@@ -137,8 +137,7 @@ TEST_F(ZELMAccountFileTest, WrittenBytesAreThoseOfTheWholeStoredFormAndReadBack)
     ASSERT_NE(loaded.account, nullptr);
     const std::string written = AccountFileBytes(*loaded.account, format);
     EXPECT_EQ(written, plist::Write(plist::Value(loaded.account->asDictionary()), format));
-    EXPECT_EQ(ThroughAccountFile(written).account->asDictionary(),
-              loaded.account->asDictionary());
+    EXPECT_EQ(ThroughAccountFile(written).account->asDictionary(), loaded.account->asDictionary());
   }
 }
 

@@ -1,7 +1,5 @@
 #include "folvant/platform/plist/BinaryPlist.h"
 
-#include "folvant/platform/plist/BulkMemory.h"
-
 #include <unicode/utf8.h>
 
 #include <algorithm>
@@ -15,6 +13,8 @@
 #include <optional>
 #include <utility>
 #include <vector>
+
+#include "folvant/platform/plist/BulkMemory.h"
 
 namespace folvant::plist {
 namespace {
@@ -471,8 +471,8 @@ class Writer {
   };
 
   // One object of the file. Strings and data point into the value tree (which outlives the
-  // writer), or, for streamed members, into the writer's own copies; `bits` holds a scalar's 8 bytes, a text's length, or a container's first member
-  // reference.
+  // writer), or, for streamed members, into the writer's own copies; `bits` holds a scalar's 8
+  // bytes, a text's length, or a container's first member reference.
   struct Object {
     const void* data;
     std::uint64_t bits;
@@ -568,10 +568,9 @@ class Writer {
   }
 
   std::uint32_t Intern(Kind kind, std::uint64_t bits, const void* data) {
-    const std::uint64_t hash =
-        data != nullptr
-            ? HashBytes(static_cast<const char*>(data), bits) + static_cast<std::uint64_t>(kind)
-            : ScalarHash(kind, bits);
+    const std::uint64_t hash = data != nullptr ? HashBytes(static_cast<const char*>(data), bits) +
+                                                     static_cast<std::uint64_t>(kind)
+                                               : ScalarHash(kind, bits);
     if (data != nullptr) return Insert(kind, bits, data, hash);
     // Scalars repeat too (flags, types, the dates of a register in order): a small cache of
     // recent ones spares most of them a probe of the large table.

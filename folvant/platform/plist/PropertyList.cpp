@@ -3,10 +3,10 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
-#include <unistd.h>
 #include <unicode/ustring.h>
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -248,8 +248,7 @@ Expected<Value, ReadError> ReadFile(const std::filesystem::path& path) {
   return ReadFileStreaming(path, nullptr);
 }
 
-Expected<Value, ReadError> ReadFile(const std::filesystem::path& path,
-                                    const StreamedRead& stream) {
+Expected<Value, ReadError> ReadFile(const std::filesystem::path& path, const StreamedRead& stream) {
   return ReadFileStreaming(path, &stream);
 }
 

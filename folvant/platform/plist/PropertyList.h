@@ -71,7 +71,8 @@ std::string Write(const Value& value, Format format);
 // or `key` does not hold an array there (where a key repeats, the last value counts, as in any
 // dictionary read).
 //   MemberSink sink = [&](Value&& member) { list.push_back(Build(member)); };
-//   auto value = plist::ReadFile(path, {"entries", [&](const Dictionary&, std::size_t) { return sink; }});
+//   auto start = [&](const Dictionary&, std::size_t) { return sink; };
+//   auto value = plist::ReadFile(path, {"entries", start});
 using MemberSink = std::function<void(Value&& member)>;
 struct StreamedRead {
   std::string_view key;
