@@ -353,6 +353,26 @@ int EnterOccurrence(Context& context, const EnterOptions& options) {
   return 0;
 }
 
+// ---- schedule remove ----
+
+int RemoveSchedule(Context& context, const std::string& account_name, std::int32_t number) {
+  auto book = OpenBook(context);
+  if (!book) return 1;
+  auto account = FindAccount(context, *book, account_name);
+  if (!account) return 1;
+  auto s = account->ScheduleForNumber(number);
+  if (!s) {
+    return Fail(context,
+                "\"" + account->GetName() + "\" has no schedule " + std::to_string(number));
+  }
+  account->RemoveSchedule(s.get());
+  if (!SaveBook(context, *book)) return 1;
+  // Occurrences already entered stay in the register as ordinary entries.
+  context.out << "Removed schedule " << number << " from \"" << account->GetName()
+              << "\": " << RuleInWords(*s) << '\n';
+  return 0;
+}
+
 // ---- schedule add ----
 
 struct AddOptions {
@@ -560,7 +580,8 @@ int AddSchedule(Context& context, const AddOptions& o) {
 }  // namespace
 
 void RegisterScheduleCommand(CLI::App& app, Context& context, CommandList& actions) {
-  CLI::App* schedule = app.add_subcommand("schedule", "List, add and enter recurring entries");
+  CLI::App* schedule =
+      app.add_subcommand("schedule", "List, add, enter and remove recurring entries");
   schedule->require_subcommand(1);
 
   {
@@ -589,6 +610,17 @@ void RegisterScheduleCommand(CLI::App& app, Context& context, CommandList& actio
                       "The occurrence on this day (default: the earliest one due today)");
     actions.emplace_back(enter,
                          [&context, options]() { return EnterOccurrence(context, *options); });
+  }
+  {
+    auto account = std::make_shared<std::string>();
+    auto number = std::make_shared<std::int32_t>(0);
+    CLI::App* remove = schedule->add_subcommand(
+        "remove", "Remove a schedule (occurrences already entered stay in the register)");
+    remove->add_option("ACCOUNT", *account, "Name or number of the account")->required();
+    remove->add_option("NUMBER", *number, "Number of the schedule")->required();
+    actions.emplace_back(remove, [&context, account, number]() {
+      return RemoveSchedule(context, *account, *number);
+    });
   }
   {
     auto o = std::make_shared<AddOptions>();

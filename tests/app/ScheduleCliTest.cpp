@@ -163,6 +163,7 @@ TEST_F(ScheduleCli, EnterAddsTheOccurrenceCommitsItAndRefusesItTwice) {
   // Reopened from the files: the entries in the register, the committed dates in the schedule.
   CommandResult reg = Run("register Checking --json");
   EXPECT_EQ(JsonValues(reg.out, "number"), (std::vector<std::string>{"3", "1", "2"}));
+
   EXPECT_EQ(JsonValues(reg.out, "date"),
             (std::vector<std::string>{"2026-03-27", "2026-05-01", "2026-06-01"}));
   EXPECT_EQ(JsonValues(reg.out, "checkNumber"), (std::vector<std::string>{"null", "1001", "1002"}));
@@ -174,6 +175,18 @@ TEST_F(ScheduleCli, EnterAddsTheOccurrenceCommitsItAndRefusesItTwice) {
   CommandResult due = Run("schedule due Checking --json");
   EXPECT_EQ(JsonValues(due.out, "date"),
             (std::vector<std::string>{"2026-06-30", "2026-04-28", "2026-05-28", "2026-06-26"}));
+
+  // Removing a schedule keeps what it entered; a missing one is refused.
+  CommandResult removed = Run("schedule remove Checking 1");
+  ASSERT_EQ(removed.status, 0) << removed.err;
+  EXPECT_EQ(removed.out.rfind("Removed schedule 1 from \"Checking\": every month on day 28", 0), 0u)
+      << removed.out;
+  EXPECT_EQ(Run("schedule enter Checking 1").status, 1);
+  EXPECT_EQ(Run("schedule remove Checking 1").status, 1);
+  EXPECT_EQ(JsonValues(Run("register Checking --json").out, "number"),
+            (std::vector<std::string>{"3", "1", "2"}));
+  EXPECT_EQ(JsonValues(Run("schedule list Checking --json").out, "number"),
+            (std::vector<std::string>{"0"}));
 }
 
 // Each common shape is stored as the kind that gives its dates; the due dates by the end of
