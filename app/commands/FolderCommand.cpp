@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "app/Book.h"
+#include "app/Lookup.h"
 #include "app/Output.h"
 #include "app/commands/Commands.h"
 #include "folvant/model/ZELMAccount.h"
@@ -26,25 +27,8 @@ struct FolderOptions {
   bool json = false;
 };
 
-std::shared_ptr<ZELMAccountFolder> FindFolder(const ZELMAccount& account, std::string_view name) {
-  for (const auto& folder : account.folders()) {
-    if (platform::CaseInsensitiveEqual(folder->name(), name)) return folder;
-  }
-  return nullptr;
-}
-
 int NoFolder(Context& context, const ZELMAccount& account, const std::string& name) {
   return Fail(context, "no folder named \"" + name + "\" in \"" + account.GetName() + "\"");
-}
-
-// Opens the book and finds the account; on failure prints one line and returns nullptr.
-std::shared_ptr<ZELMAccount> OpenAccount(Context& context, std::unique_ptr<Book>& book,
-                                         const std::string& name) {
-  book = OpenBook(context);
-  if (!book) return nullptr;
-  auto account = book->FindAccount(name);
-  if (!account) Fail(context, "no account named \"" + name + "\" in the book");
-  return account;
 }
 
 // Files the entry in `target` (nullptr: the main list), taking it out of wherever it was. The
@@ -96,7 +80,7 @@ int NewFolder(Context& context, const FolderOptions& options) {
   auto account = OpenAccount(context, book, options.account);
   if (!account) return 1;
   if (options.name.empty()) return Fail(context, "a folder needs a name");
-  if (FindFolder(*account, options.name)) {
+  if (FindNamed(account->folders(), options.name)) {
     return Fail(context, "a folder named \"" + options.name + "\" already exists in \"" +
                              account->GetName() + "\"");
   }
@@ -118,7 +102,7 @@ int MoveEntries(Context& context, const FolderOptions& options) {
   auto account = OpenAccount(context, book, options.account);
   if (!account) return 1;
   std::shared_ptr<ZELMAccountFolder> target;
-  if (!options.toRegister && !(target = FindFolder(*account, options.to))) {
+  if (!options.toRegister && !(target = FindNamed(account->folders(), options.to))) {
     return NoFolder(context, *account, options.to);
   }
   // Every number is checked before anything moves, so a bad number changes nothing.
@@ -142,7 +126,7 @@ int RemoveFolder(Context& context, const FolderOptions& options) {
   std::unique_ptr<Book> book;
   auto account = OpenAccount(context, book, options.account);
   if (!account) return 1;
-  auto folder = FindFolder(*account, options.name);
+  auto folder = FindNamed(account->folders(), options.name);
   if (!folder) return NoFolder(context, *account, options.name);
   // The folder holds its entries itself; they go back to the register so that none is lost.
   const ZELMAccountFolder::EntryList entries = folder->entries();

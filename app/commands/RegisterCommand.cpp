@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/Book.h"
+#include "app/Lookup.h"
 #include "app/Output.h"
 #include "app/commands/Commands.h"
 #include "folvant/filters/ZELMFilter.h"
@@ -290,19 +291,10 @@ void PrintJson(Context& context, const ZELMAccount& account, const std::vector<R
       << ", \"resolved\": " << PlainAmount(account.GetResolvedBalance()) << "}\n}\n";
 }
 
-template <typename List>
-auto FindNamed(const List& list, const std::string& name) -> typename List::value_type {
-  for (const auto& item : list) {
-    if (platform::CaseInsensitiveEqual(item->name(), name)) return item;
-  }
-  return nullptr;
-}
-
 int ShowRegister(Context& context, const RegisterOptions& options) {
-  auto book = OpenBook(context);
-  if (!book) return 1;
-  auto account = book->FindAccount(options.account);
-  if (!account) return Fail(context, "no account named \"" + options.account + "\" in the book");
+  std::unique_ptr<Book> book;
+  auto account = OpenAccount(context, book, options.account);
+  if (!account) return 1;
   // The shown folder and smart folder are not stored with the account: they apply to this
   // command only.
   std::shared_ptr<ZELMAccountFolder> folder;
@@ -338,15 +330,8 @@ int ShowRegister(Context& context, const RegisterOptions& options) {
   std::vector<Row> rows;
   rows.reserve(scratch->entries().size());
   for (const auto& entry : scratch->entries()) {
-    Row row{entry.get(), {}, {}};
-    if (auto type = account->accountEntryTypeForNumber(entry->GetType()))
-      row.type = type->GetName();
-    if (auto category = account->accountEntryCategoryForNumber(entry->GetCategory())) {
-      row.category = category->fullName();
-    } else if (!entry->splitLineItems().empty()) {
-      row.category = "(split)";
-    }
-    rows.push_back(std::move(row));
+    rows.push_back(
+        {entry.get(), EntryTypeName(*account, *entry), EntryCategoryName(*account, *entry)});
   }
   const FilterDescription filter = Describe(*account, folder.get(), smart_folder.get());
   if (options.json) {

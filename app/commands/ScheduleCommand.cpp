@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "app/Book.h"
+#include "app/Lookup.h"
 #include "app/Output.h"
 #include "app/commands/Commands.h"
 #include "folvant/model/ZELMAccount.h"
@@ -103,26 +104,8 @@ std::string RuleInWords(const ZELMAccountSchedule& s) {
 
 std::string NextInWords(std::int32_t next) { return next < 0 ? "-" : FormatDateNumber(next); }
 
-std::string CategoryName(const ZELMAccount& account, const ZELMAccountEntry& e) {
-  if (auto category = account.accountEntryCategoryForNumber(e.GetCategory()))
-    return category->fullName();
-  return e.splitLineItems().empty() ? std::string() : std::string("(split)");
-}
-
-std::string TypeName(const ZELMAccount& account, const ZELMAccountEntry& e) {
-  if (auto type = account.accountEntryTypeForNumber(e.GetType())) return type->GetName();
-  return {};
-}
-
 platform::LocalTime LocalDay(std::int32_t date) {
   return sc::LocalTimeFromDay(sc::DayFromDateNumber(date));
-}
-
-std::shared_ptr<ZELMAccount> FindAccount(Context& context, const Book& book,
-                                         const std::string& name) {
-  auto account = book.FindAccount(name);
-  if (!account) Fail(context, "no account named \"" + name + "\" in the book");
-  return account;
 }
 
 // --date, else today.
@@ -139,9 +122,8 @@ bool DateOption(Context& context, const std::string& text, std::int32_t& date) {
 // ---- schedule list ----
 
 int ListSchedules(Context& context, const std::string& account_name, bool json) {
-  auto book = OpenBook(context);
-  if (!book) return 1;
-  auto account = FindAccount(context, *book, account_name);
+  std::unique_ptr<Book> book;
+  auto account = OpenAccount(context, book, account_name);
   if (!account) return 1;
   std::vector<std::shared_ptr<ZELMAccountSchedule>> schedules = account->GetSchedules();
   std::stable_sort(schedules.begin(), schedules.end(), [](const auto& a, const auto& b) {
@@ -164,8 +146,8 @@ int ListSchedules(Context& context, const std::string& account_name, bool json) 
           << ", \"usePrecedingFriday\": " << (s->GetUsePrecedingFriday() ? "true" : "false")
           << ", \"committed\": " << s->GetCommittedDates().size()
           << ", \"check\": " << (s->IsCheck() ? "true" : "false")
-          << ", \"type\": " << JsonString(TypeName(*account, *s))
-          << ", \"category\": " << JsonString(CategoryName(*account, *s))
+          << ", \"type\": " << JsonString(EntryTypeName(*account, *s))
+          << ", \"category\": " << JsonString(EntryCategoryName(*account, *s))
           << ", \"toFrom\": " << JsonString(s->GetToFrom())
           << ", \"description\": " << JsonString(s->GetDescription())
           << ", \"amount\": " << PlainAmount(s->GetAmount()) << "}";
@@ -250,8 +232,8 @@ int ShowDue(Context& context, const DueOptions& options) {
           << ", \"schedule\": " << row.schedule->GetNumber()
           << ", \"date\": " << JsonString(FormatDateNumber(e.GetDate()))
           << ", \"check\": " << (e.IsCheck() ? "true" : "false")
-          << ", \"type\": " << JsonString(TypeName(*row.account, e))
-          << ", \"category\": " << JsonString(CategoryName(*row.account, e))
+          << ", \"type\": " << JsonString(EntryTypeName(*row.account, e))
+          << ", \"category\": " << JsonString(EntryCategoryName(*row.account, e))
           << ", \"toFrom\": " << JsonString(e.GetToFrom())
           << ", \"description\": " << JsonString(e.GetDescription())
           << ", \"amount\": " << PlainAmount(e.GetAmount()) << "}";
@@ -297,9 +279,8 @@ struct EnterOptions {
 };
 
 int EnterOccurrence(Context& context, const EnterOptions& options) {
-  auto book = OpenBook(context);
-  if (!book) return 1;
-  auto account = FindAccount(context, *book, options.account);
+  std::unique_ptr<Book> book;
+  auto account = OpenAccount(context, book, options.account);
   if (!account) return 1;
   auto s = account->ScheduleForNumber(options.number);
   if (!s) {
@@ -356,9 +337,8 @@ int EnterOccurrence(Context& context, const EnterOptions& options) {
 // ---- schedule remove ----
 
 int RemoveSchedule(Context& context, const std::string& account_name, std::int32_t number) {
-  auto book = OpenBook(context);
-  if (!book) return 1;
-  auto account = FindAccount(context, *book, account_name);
+  std::unique_ptr<Book> book;
+  auto account = OpenAccount(context, book, account_name);
   if (!account) return 1;
   auto s = account->ScheduleForNumber(number);
   if (!s) {
@@ -423,9 +403,8 @@ bool FirstDayFrom(sc::Day from, int limit, const std::function<bool(sc::Day)>& m
 }
 
 int AddSchedule(Context& context, const AddOptions& o) {
-  auto book = OpenBook(context);
-  if (!book) return 1;
-  auto account = FindAccount(context, *book, o.account);
+  std::unique_ptr<Book> book;
+  auto account = OpenAccount(context, book, o.account);
   if (!account) return 1;
 
   // --every [N] UNIT, as two words or one ("2 weeks")

@@ -4,6 +4,7 @@
 
 #include "app/Book.h"
 #include "app/ConditionSyntax.h"
+#include "app/Lookup.h"
 #include "app/Output.h"
 #include "app/commands/Commands.h"
 #include "folvant/filters/ZELMFilter.h"
@@ -25,22 +26,6 @@ struct SmartFolderOptions {
   bool any = false;
   bool json = false;
 };
-
-std::shared_ptr<ZELMFilter> FindSmartFolder(const ZELMAccount& account, std::string_view name) {
-  for (const auto& filter : account.smartFolders()) {
-    if (platform::CaseInsensitiveEqual(filter->name(), name)) return filter;
-  }
-  return nullptr;
-}
-
-std::shared_ptr<ZELMAccount> OpenAccount(Context& context, std::unique_ptr<Book>& book,
-                                         const std::string& name) {
-  book = OpenBook(context);
-  if (!book) return nullptr;
-  auto account = book->FindAccount(name);
-  if (!account) Fail(context, "no account named \"" + name + "\" in the book");
-  return account;
-}
 
 // The text quoted for a POSIX shell.
 std::string ShellQuoted(const std::string& text) {
@@ -153,7 +138,7 @@ int NewSmartFolder(Context& context, const SmartFolderOptions& options) {
   auto account = OpenAccount(context, book, options.account);
   if (!account) return 1;
   if (options.name.empty()) return Fail(context, "a smart folder needs a name");
-  if (FindSmartFolder(*account, options.name)) {
+  if (FindNamed(account->smartFolders(), options.name)) {
     return Fail(context, "a smart folder named \"" + options.name + "\" already exists in \"" +
                              account->GetName() + "\"");
   }
@@ -180,7 +165,7 @@ int RemoveSmartFolder(Context& context, const SmartFolderOptions& options) {
   std::unique_ptr<Book> book;
   auto account = OpenAccount(context, book, options.account);
   if (!account) return 1;
-  auto filter = FindSmartFolder(*account, options.name);
+  auto filter = FindNamed(account->smartFolders(), options.name);
   if (!filter) {
     return Fail(context,
                 "no smart folder named \"" + options.name + "\" in \"" + account->GetName() + "\"");

@@ -21,21 +21,6 @@ struct UpgradeOptions {
   bool verbose = false;
 };
 
-// Keeps what the model logs while installed.
-class MessageCollector final : public LogSink {
- public:
-  MessageCollector() : previous_(SetLogSink(this)) {}
-  ~MessageCollector() override { SetLogSink(previous_); }
-  MessageCollector(const MessageCollector&) = delete;
-  MessageCollector& operator=(const MessageCollector&) = delete;
-  void Write(std::string_view message) override { messages_.emplace_back(message); }
-  std::vector<std::string> Take() { return std::exchange(messages_, {}); }
-
- private:
-  LogSink* previous_;
-  std::vector<std::string> messages_;
-};
-
 // Points the upgrade at another preferences file for the life of the command.
 class PreferencesOverride {
  public:
@@ -128,17 +113,18 @@ bool UpgradeFile(Context& context, const std::string& file, bool verbose) {
   const std::string before_text = VersionText(version);
   auto& out = context.out;
   if (before_version == ZELMAccount::kCurrentVersion) {
-    out << file << ": version 8, already current; left untouched\n";
+    out << file << ": version " << ZELMAccount::kCurrentVersion
+        << ", already current; left untouched\n";
     return true;
   }
   if (before_version > ZELMAccount::kCurrentVersion) {
-    out << file << ": version " << before_version
-        << " is newer than this program writes (8); left untouched\n";
+    out << file << ": version " << before_version << " is newer than this program writes ("
+        << ZELMAccount::kCurrentVersion << "); left untouched\n";
     return true;
   }
 
   const plist::Dictionary original = *dict;
-  MessageCollector log;
+  LogCollector log;
   ZELMAccount::UpdateAccountDictionary(*dict);
   const std::vector<std::string> upgrade_messages = log.Take();
   // The upgraded file must load as an account; what the load reports is shown too.

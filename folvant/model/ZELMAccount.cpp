@@ -206,23 +206,23 @@ ZELMAccount::ZELMAccount()
 
 ZELMAccount::ZELMAccount(const plist::Dictionary* dict, ZELMAccountsController* controller)
     : ZELMAccount() {
-  accountsController_ = controller;
-  if (dict == nullptr) {
-    ZELMLog("Invalid theDictionary supplied to -[ZELMAccount initWithDictionary:]");
-    return;
-  }
-  ReadDictionary(*dict);
+  Load(dict, controller, nullptr);
 }
 
 ZELMAccount::ZELMAccount(const plist::Dictionary* dict, ZELMAccountsController* controller,
                          PreparedEntries prepared)
     : ZELMAccount() {
+  Load(dict, controller, &prepared);
+}
+
+void ZELMAccount::Load(const plist::Dictionary* dict, ZELMAccountsController* controller,
+                       PreparedEntries* prepared) {
   accountsController_ = controller;
   if (dict == nullptr) {
     ZELMLog("Invalid theDictionary supplied to -[ZELMAccount initWithDictionary:]");
     return;
   }
-  ReadDictionary(*dict, &prepared);
+  ReadDictionary(*dict, prepared);
 }
 
 ZELMAccount::~ZELMAccount() {

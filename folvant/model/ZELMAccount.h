@@ -535,8 +535,11 @@ class ZELMAccount {
     }
   }
 
-  // `prepared`: the register to take instead of building the stored entries.
-  void ReadDictionary(const plist::Dictionary& dict, PreparedEntries* prepared = nullptr);
+  // What both loading constructors do; `prepared`: the register to take instead of building
+  // the stored entries.
+  void Load(const plist::Dictionary* dict, ZELMAccountsController* controller,
+            PreparedEntries* prepared);
+  void ReadDictionary(const plist::Dictionary& dict, PreparedEntries* prepared);
   plist::Dictionary StoredForm(bool with_entries) const;
   // Smart folders and view filters (folvant/filters/ZELMAccountFilters.cpp): the stored
   // "smartFolders" replaces the list; the list in stored form; one view's filtered entries.

@@ -7,16 +7,6 @@
 namespace folvant {
 namespace {
 
-// Keeps the messages of building entries, for the account to give in their place.
-class MessageList : public LogSink {
- public:
-  explicit MessageList(std::vector<std::string>& messages) : messages_(messages) {}
-  void Write(std::string_view message) override { messages_.emplace_back(message); }
-
- private:
-  std::vector<std::string>& messages_;
-};
-
 bool IsCurrent(const plist::Dictionary& stored) {
   const plist::Value* version = stored.find("version");
   return version != nullptr && version->intValue() == ZELMAccount::kCurrentVersion;
@@ -27,25 +17,18 @@ bool IsCurrent(const plist::Dictionary& stored) {
 template <typename ReadWith>
 Expected<ZELMAccountFile, plist::ReadError> ReadStreaming(ReadWith read) {
   std::optional<ZELMAccountEntry::StoredListBuilder> builder;
-  ZELMAccount::PreparedEntries prepared;
-  MessageList messages(prepared.messages);
   const plist::StreamedRead stream{
       "entries", [&](const plist::Dictionary& rest, std::size_t size) -> plist::MemberSink {
         if (!IsCurrent(rest)) return {};
         builder.emplace(size);
-        return [&](plist::Value&& member) {
-          LogSink* previous = SetLogSink(&messages);
-          builder->Add(member);
-          SetLogSink(previous);
-        };
+        return [&](plist::Value&& member) { builder->Add(member); };
       }};
+  // Only building entries gives messages here; they are kept for the account to give.
+  LogCollector messages;
   Expected<plist::Value, plist::ReadError> stored = read(stream);
   if (!stored) return Unexpected{stored.error()};
   ZELMAccountFile file{std::move(*stored), std::nullopt};
-  if (builder) {
-    prepared.entries = std::move(*builder).Finish();
-    file.entries = std::move(prepared);
-  }
+  if (builder) file.entries = {std::move(*builder).Finish(), messages.Take()};
   return file;
 }
 

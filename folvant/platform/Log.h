@@ -2,6 +2,8 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace folvant {
 
@@ -19,5 +21,25 @@ void ZELMLog(std::string_view message);
 // Installs a sink and returns the previous one (nullptr restores the stderr sink). The sink
 // must outlive its installation.
 LogSink* SetLogSink(LogSink* sink);
+
+// Keeps every message while alive, in place of the sink installed before it (which it puts back
+// when it goes): for callers that report messages their own way, or later.
+class LogCollector final : public LogSink {
+ public:
+  LogCollector() : previous_(SetLogSink(this)) {}
+  ~LogCollector() override { SetLogSink(previous_); }
+  LogCollector(const LogCollector&) = delete;
+  LogCollector& operator=(const LogCollector&) = delete;
+
+  void Write(std::string_view message) override { messages_.emplace_back(message); }
+  const std::vector<std::string>& messages() const { return messages_; }
+  // The messages so far, leaving none.
+  std::vector<std::string> Take() { return std::exchange(messages_, {}); }
+  void clear() { messages_.clear(); }
+
+ private:
+  LogSink* previous_;
+  std::vector<std::string> messages_;
+};
 
 }  // namespace folvant

@@ -12,21 +12,7 @@
 namespace folvant::testing {
 
 // Records every ZELMLog message while alive; tests assert the exact list.
-class LogCapture final : public LogSink {
- public:
-  LogCapture() : previous_(SetLogSink(this)) {}
-  ~LogCapture() override { SetLogSink(previous_); }
-  LogCapture(const LogCapture&) = delete;
-  LogCapture& operator=(const LogCapture&) = delete;
-
-  void Write(std::string_view message) override { messages_.emplace_back(message); }
-  const std::vector<std::string>& messages() const { return messages_; }
-  void clear() { messages_.clear(); }
-
- private:
-  LogSink* previous_;
-  std::vector<std::string> messages_;
-};
+using LogCapture = LogCollector;
 
 // Pins "now" to a local date (YYYYMMDD) and time of day while alive.
 class ScopedClockPin {
