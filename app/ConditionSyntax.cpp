@@ -443,16 +443,6 @@ const Row* RowForQualifier(const Row (&rows)[N], std::int32_t qualifier) {
   return nullptr;
 }
 
-// The first and second values of a date condition's data, read as the condition reads them.
-std::pair<std::int32_t, std::int32_t> DateValues(const plist::Value& data) {
-  if (const plist::Array* array = data.asArray()) {
-    const std::int32_t a = array->empty() ? 0 : (*array)[0].intValue();
-    const std::int32_t b = array->size() < 2 ? 0 : (*array)[1].intValue();
-    return {a, b};
-  }
-  return {data.intValue(), 0};
-}
-
 std::optional<std::string> DayText(std::int32_t day) {
   std::int32_t check = 0;
   const std::string text = FormatDateNumber(day);
@@ -462,7 +452,8 @@ std::optional<std::string> DayText(std::int32_t day) {
 
 std::optional<std::string> DateOperands(const Condition& condition, bool negated) {
   const std::int32_t qualifier = condition.qualifier();
-  const auto [a, b] = DateValues(*condition.data());
+  // Both come from 32-bit values of the data.
+  const auto [a, b] = Condition::DateOperands(*condition.data());
   for (const DateWord& row : kDateWords) {
     if (row.operands == Operands::kCountUnit || row.operands == Operands::kTwoCountsUnit ||
         row.code != qualifier) {
@@ -470,10 +461,10 @@ std::optional<std::string> DateOperands(const Condition& condition, bool negated
     }
     std::string text = QualifierText(row, negated);
     if (row.operands == Operands::kNone) return text;
-    const auto first = DayText(a);
+    const auto first = DayText(static_cast<std::int32_t>(a));
     if (!first) return std::nullopt;
     if (row.operands == Operands::kDay) return text + " " + *first;
-    const auto second = DayText(b);
+    const auto second = DayText(static_cast<std::int32_t>(b));
     if (!second) return std::nullopt;
     return text + " " + *first + " " + *second;
   }

@@ -188,16 +188,6 @@ class OutcomeMemo {
   std::size_t last_ = 0;
 };
 
-// The first and second values of a date condition's data; values not given are 0.
-std::pair<std::int64_t, std::int64_t> DateOperands(const plist::Value& data) {
-  if (const plist::Array* array = data.asArray()) {
-    const std::int64_t a = array->empty() ? 0 : (*array)[0].intValue();
-    const std::int64_t b = array->size() < 2 ? 0 : (*array)[1].intValue();
-    return {a, b};
-  }
-  return {data.intValue(), 0};
-}
-
 // The closed range of date numbers that a date qualifier accepts, with "today" and the kit
 // ranges resolved once. An empty range (first > last) matches nothing.
 struct DateSpan {
@@ -390,6 +380,15 @@ ZELMFilterCondition::ZELMFilterCondition(std::int32_t category, std::int32_t qua
   setQualifier(qualifier);
   setLogic(logic);
   setData(std::move(data));
+}
+
+std::pair<std::int64_t, std::int64_t> ZELMFilterCondition::DateOperands(const plist::Value& data) {
+  if (const plist::Array* array = data.asArray()) {
+    const std::int64_t a = array->empty() ? 0 : (*array)[0].intValue();
+    const std::int64_t b = array->size() < 2 ? 0 : (*array)[1].intValue();
+    return {a, b};
+  }
+  return {data.intValue(), 0};
 }
 
 plist::Dictionary ZELMFilterCondition::asDictionary() const {

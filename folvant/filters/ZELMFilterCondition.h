@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "folvant/platform/plist/Value.h"
@@ -92,6 +93,9 @@ class ZELMFilterCondition {
   const plist::Value* data() const { return data_.isNone() ? nullptr : &data_; }
   // Keeps the value; a none value means no data.
   void setData(plist::Value data) { data_ = std::move(data); }
+  // The first and second numbers of a date condition's data (one number, or an array of
+  // two), as the condition reads them; numbers not given are 0.
+  static std::pair<std::int64_t, std::int64_t> DateOperands(const plist::Value& data);
 
   // The entries that pass, in the order given (an empty list gives an empty list).
   EntryList filterEntries(const EntryList& entries) const;
