@@ -1,5 +1,6 @@
-// Entry lists built from their stored form, as accounts and folders load them: the entries
-// of one list share one block of memory and must behave exactly as entries built one by one.
+// Entry lists built from their stored form share one block of memory: an entry must stay
+// usable after its list and account are gone. (That the entries and their messages equal those
+// built one by one is checked with account files.)
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -27,39 +28,6 @@ plist::Dictionary StoredEntry(std::int32_t number, std::string description) {
                            {"cleared", false}};
 }
 
-TEST(ZELMAccountEntryListTest, MatchesEntriesBuiltOneByOneWithTheSameMessagesInOrder) {
-  plist::Dictionary no_date = StoredEntry(3, "no date");
-  no_date.erase("date");
-  plist::Dictionary repeated = StoredEntry(4, "first");
-  repeated.append("description", "second");  // the first of a repeated key counts
-  const plist::Array stored{StoredEntry(1, "a long description of more than fifteen bytes"),
-                            plist::Value("not an entry"), no_date, repeated,
-                            StoredEntry(5, "last")};
-
-  LogCapture listed;
-  const auto entries = ZELMAccountEntry::entriesFromStoredArray(stored);
-  const std::vector<std::string> list_messages = listed.messages();
-
-  LogCapture single;
-  std::vector<std::shared_ptr<ZELMAccountEntry>> expected;
-  for (const plist::Value& element : stored) {
-    if (const plist::Dictionary* dict = element.asDictionary()) {
-      expected.push_back(std::make_shared<ZELMAccountEntry>(dict));
-    } else {
-      ZELMLog("Invalid theValue encountered in -[ZELMAccount InitEntries]");
-    }
-  }
-  EXPECT_EQ(list_messages, single.messages());
-  ASSERT_EQ(list_messages.size(), 2u);
-
-  ASSERT_EQ(entries.size(), 4u);
-  for (std::size_t i = 0; i < entries.size(); ++i) {
-    EXPECT_EQ(entries[i]->asDictionary(), expected[i]->asDictionary()) << i;
-  }
-  EXPECT_EQ(entries[1]->GetDate(), 0);
-  EXPECT_EQ(entries[2]->GetDescription(), "first");
-}
-
 TEST(ZELMAccountEntryListTest, EntriesOutliveTheirListAndAccountAndStayUsable) {
   std::shared_ptr<ZELMAccountEntry> kept;
   {
@@ -80,15 +48,6 @@ TEST(ZELMAccountEntryListTest, EntriesOutliveTheirListAndAccountAndStayUsable) {
   EXPECT_EQ(kept->GetNumber(), 42);
   kept->SetDescription("edited after the account went");
   EXPECT_EQ(kept->GetDescription(), "edited after the account went");
-}
-
-TEST(ZELMAccountEntryListTest, EmptyListsAndListsWithoutEntries) {
-  EXPECT_TRUE(ZELMAccountEntry::entriesFromStoredArray(plist::Array{}).empty());
-  LogCapture log;
-  EXPECT_TRUE(
-      ZELMAccountEntry::entriesFromStoredArray(plist::Array{plist::Value(1), plist::Value(2)})
-          .empty());
-  EXPECT_EQ(log.messages().size(), 2u);
 }
 
 }  // namespace
