@@ -2,12 +2,6 @@
 // its exit status, and that failed commands leave the book's files as they were.
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <array>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -24,8 +18,9 @@ using testing::CommandResult;
 TEST_F(Cli, NewBookAccountsAndEmptyRegister) {
   ASSERT_EQ(Folvant("init book").status, 0);
   EXPECT_EQ(Folvant("--book book init").status, 1) << "a second init must refuse";
-  CommandResult created = Folvant("--book book account new Checking --starting-balance 100.005 "
-                        "--starting-check 1001");
+  CommandResult created = Folvant(
+      "--book book account new Checking --starting-balance 100.005 "
+      "--starting-check 1001");
   ASSERT_EQ(created.status, 0) << created.err;
   EXPECT_EQ(created.out, "Created account \"Checking\" (number 0, USD)\n");
   ASSERT_EQ(Folvant("--book book account new Euro --currency EUR").status, 0);
@@ -49,7 +44,7 @@ TEST_F(Cli, BadInputGivesOneLineAndNonZeroStatus) {
   CommandResult missing = Folvant("--book nowhere account list");
   EXPECT_EQ(missing.status, 1);
   EXPECT_NE(missing.err.find("nowhere/book.plist"), std::string::npos) << missing.err;
-  EXPECT_EQ(std::count(missing.err.begin(), missing.err.end(), '\n'), 1);
+  EXPECT_EQ(testing::LineCount(missing.err), 1u);
 
   ASSERT_EQ(Folvant("init book").status, 0);
   ASSERT_EQ(Folvant("--book book account new Checking").status, 0);
@@ -60,12 +55,12 @@ TEST_F(Cli, BadInputGivesOneLineAndNonZeroStatus) {
   // A damaged account file is named in the error, and the failed command changes nothing.
   const fs::path account = dir_ / "book" / "accounts" / "0.plist";
   { std::ofstream(account, std::ios::binary) << "bplist00\x01\x02garbage"; }
-  const std::string book_before = testing::ReadFileBytes(Book() + "/book.plist");
+  const std::string book_before = BookFile("book.plist");
   CommandResult damaged = Folvant("--book book account new Savings");
   EXPECT_EQ(damaged.status, 1);
   EXPECT_NE(damaged.err.find("accounts/0.plist"), std::string::npos) << damaged.err;
-  EXPECT_EQ(std::count(damaged.err.begin(), damaged.err.end(), '\n'), 1) << damaged.err;
-  EXPECT_EQ(testing::ReadFileBytes(Book() + "/book.plist"), book_before);
+  EXPECT_EQ(testing::LineCount(damaged.err), 1u) << damaged.err;
+  EXPECT_EQ(BookFile("book.plist"), book_before);
   EXPECT_FALSE(fs::exists(dir_ / "book" / "accounts" / "1.plist"));
 
   EXPECT_EQ(Folvant("--book book register Checking --sort 9").status, 2)
@@ -74,42 +69,35 @@ TEST_F(Cli, BadInputGivesOneLineAndNonZeroStatus) {
 
 TEST_F(Cli, SavingKeepsTheOldFileAsBackup) {
   ASSERT_EQ(Folvant("init book").status, 0);
-  const std::string first = testing::ReadFileBytes(Book() + "/book.plist");
+  const std::string first = BookFile("book.plist");
   ASSERT_EQ(Folvant("--book book account new Checking").status, 0);
-  EXPECT_EQ(testing::ReadFileBytes(Book() + "/book.plist.bak"), first);
-  EXPECT_NE(testing::ReadFileBytes(Book() + "/book.plist"), first);
+  EXPECT_EQ(BookFile("book.plist.bak"), first);
+  EXPECT_NE(BookFile("book.plist"), first);
   for (const auto& file : fs::directory_iterator(dir_ / "book")) {
     EXPECT_NE(file.path().extension(), ".new") << "no temporary file is left behind";
   }
 }
 
 TEST_F(Cli, SampleBookLoadsCleanlyAndBalancesAddUp) {
-  fs::copy(FOLVANT_SOURCE_DIR "/data/sample-book", dir_ / "book", fs::copy_options::recursive);
-  CommandResult list = Folvant("--book book --today 2026-06-30 account list");
+  CopySampleBook();
+  const CommandResult list = Run("account list");
   ASSERT_EQ(list.status, 0) << list.err;
   EXPECT_TRUE(list.err.empty()) << "the sample must load without a message:\n" << list.err;
   EXPECT_NE(list.out.find("Checking"), std::string::npos);
   EXPECT_NE(list.out.find("1.290,38 €  EUR"), std::string::npos) << list.out;
 
   // The last running balance of the register (date order, checks first) is the balance.
-  CommandResult reg = Folvant("--book book --today 2026-06-30 register Checking --json");
+  const CommandResult reg = Run("register Checking --json");
   ASSERT_EQ(reg.status, 0) << reg.err;
-  const std::string& out = reg.out;
-  const auto last_balance = out.rfind("\"balance\": ");
-  const auto current = out.find("\"current\": ");
-  ASSERT_NE(last_balance, std::string::npos);
-  ASSERT_NE(current, std::string::npos);
-  const std::string a = out.substr(last_balance + 11, out.find('}', last_balance) - last_balance - 11);
-  const std::string b = out.substr(current + 11, out.find(',', current) - current - 11);
-  EXPECT_EQ(a, b);
-  EXPECT_NE(out.find("\"void\": true"), std::string::npos) << "the sample has a voided check";
-  EXPECT_NE(out.find("\"category\": \"(split)\""), std::string::npos) << "and a split";
+  ASSERT_FALSE(testing::JsonList(reg.out, "balance").empty());
+  EXPECT_EQ(testing::JsonList(reg.out, "balance").back(), testing::JsonValues(reg.out, "current"));
+  EXPECT_NE(reg.out.find("\"void\": true"), std::string::npos) << "the sample has a voided check";
+  EXPECT_NE(reg.out.find("\"category\": \"(split)\""), std::string::npos) << "and a split";
 
   // Sorting by amount, descending, puts the largest deposit first.
-  CommandResult sorted = Folvant("--book book register Checking --sort 4 --descending --json");
-  ASSERT_EQ(sorted.status, 0) << sorted.err;
-  const auto first_amount = sorted.out.find("\"amount\": ");
-  EXPECT_EQ(sorted.out.substr(first_amount, 17), "\"amount\": 2480.16");
+  EXPECT_EQ(testing::JsonList(Run("register Checking --sort 4 --descending --json").out, "amount")
+                .front(),
+            "2480.16");
 }
 
 }  // namespace

@@ -25,19 +25,18 @@ plist::Value Pair(std::int64_t a, std::int64_t b) {
 }
 plist::Value NoData() { return plist::Value(plist::Array{}); }
 
-// Parses the text into exactly the row's codes and data, and writes the row's condition back
-// as the text.
-void ExpectRoundTrip(const Row& row) {
+// Parses the text into exactly the row's codes and data, and (unless it is another spelling)
+// writes the row's condition back as the text.
+void ExpectRoundTrip(const Row& row, bool written_back = true) {
   SCOPED_TRACE(row.text);
   const ZELMFilterCondition expected(row.category, row.qualifier, row.logic, row.data);
   std::string error;
   const auto parsed = ParseCondition(row.text, error);
   ASSERT_NE(parsed, nullptr) << error;
-  EXPECT_EQ(parsed->category(), row.category);
-  EXPECT_EQ(parsed->qualifier(), row.qualifier);
-  EXPECT_EQ(parsed->logic(), row.logic);
-  EXPECT_EQ(parsed->asDictionary(), expected.asDictionary()) << "the data differs";
-  EXPECT_EQ(FormatCondition(expected), row.text);
+  EXPECT_EQ(parsed->asDictionary(), expected.asDictionary());
+  if (written_back) {
+    EXPECT_EQ(FormatCondition(expected), row.text);
+  }
 }
 
 TEST(ConditionSyntax, EveryTextFieldTakesEveryTextComparison) {
@@ -56,56 +55,49 @@ TEST(ConditionSyntax, EveryTextFieldTakesEveryTextComparison) {
                                     {"is", 1, 1},          {"is-not", 1, 0}};
   for (const auto& [field, category] : fields) {
     for (const Comparison& c : comparisons) {
-      ExpectRoundTrip({field + " " + c.word + " Rent 7/2025", category, c.qualifier, c.logic,
-                       plist::Value("Rent 7/2025")});
+      ExpectRoundTrip(
+          {field + " " + c.word + " Rent 7/2025", category, c.qualifier, c.logic, "Rent 7/2025"});
     }
   }
   // Outer spaces and the empty text survive through quotes; inner quotes are kept as typed.
-  ExpectRoundTrip({"notes contains \"  two words \"", 30, 6, 1, plist::Value("  two words ")});
-  ExpectRoundTrip({"description is \"\"", 0, 1, 1, plist::Value("")});
+  ExpectRoundTrip({"notes contains \"  two words \"", 30, 6, 1, "  two words "});
+  ExpectRoundTrip({"description is \"\"", 0, 1, 1, ""});
   ExpectRoundTrip({"payee contains \"\"Acme\"\"", 5, 6, 1, plist::Value("\"Acme\"")});
-  ExpectRoundTrip({"amount-text starts-with 1,234.5", 11, 8, 1, plist::Value("1,234.5")});
+  ExpectRoundTrip({"amount-text starts-with 1,234.5", 11, 8, 1, "1,234.5"});
 }
 
-TEST(ConditionSyntax, AmountsAndYesNoFields) {
-  const Row rows[] = {
-      {"amount = 100", 2, 1, 1, plist::Value(100.0)},
-      {"amount != 9.61", 2, 1, 0, plist::Value(9.61)},
-      {"amount > 100", 2, 3, 1, plist::Value(100.0)},
-      {"amount not > 0.5", 2, 3, 0, plist::Value(0.5)},
-      {"amount < -20.25", 2, 4, 1, plist::Value(-20.25)},
-      {"amount not < 1234.56", 2, 4, 0, plist::Value(1234.56)},
-      {"check yes", 4, 1, 1, plist::Value(true)},
-      {"resolved no", 6, 1, 1, plist::Value(false)},
-      {"tax-deductible is-not-set", 7, 1, 0, plist::Value(true)},
-      {"void is-not no", 9, 1, 0, plist::Value(false)},
-  };
-  for (const Row& row : rows) ExpectRoundTrip(row);
-}
-
-TEST(ConditionSyntax, EveryDateQualifier) {
+TEST(ConditionSyntax, AmountsYesNoFieldsAndEveryDateQualifier) {
   std::vector<Row> rows = {
-      {"date before 2026-01-05", 1, 0, 1, plist::Value(20260105)},
-      {"date not before 2026-01-05", 1, 0, 0, plist::Value(20260105)},
-      {"date on 2008-02-29", 1, 1, 1, plist::Value(20080229)},
-      {"date not on 2008-02-29", 1, 1, 0, plist::Value(20080229)},
-      {"date after 2025-12-31", 1, 2, 1, plist::Value(20251231)},
+      {"amount = 100", 2, 1, 1, 100.0},
+      {"amount != 9.61", 2, 1, 0, 9.61},
+      {"amount > 100", 2, 3, 1, 100.0},
+      {"amount not > 0.5", 2, 3, 0, 0.5},
+      {"amount < -20.25", 2, 4, 1, -20.25},
+      {"amount not < 1234.56", 2, 4, 0, 1234.56},
+      {"check yes", 4, 1, 1, true},
+      {"resolved no", 6, 1, 1, false},
+      {"tax-deductible is-not-set", 7, 1, 0, true},
+      {"void is-not no", 9, 1, 0, false},
+      {"date before 2026-01-05", 1, 0, 1, 20260105},
+      {"date not before 2026-01-05", 1, 0, 0, 20260105},
+      {"date on 2008-02-29", 1, 1, 1, 20080229},
+      {"date not on 2008-02-29", 1, 1, 0, 20080229},
+      {"date after 2025-12-31", 1, 2, 1, 20251231},
       {"date between 2026-01-01 2026-03-31", 1, 70, 1, Pair(20260101, 20260331)},
       {"date not between 2026-01-01 2026-03-31", 1, 70, 0, Pair(20260101, 20260331)},
       {"date is-today", 1, 23, 1, NoData()},
       {"date is-not-today", 1, 23, 0, NoData()},
       {"date is-yesterday", 1, 24, 1, NoData()},
       {"date is-not-yesterday", 1, 24, 0, NoData()},
-      {"date in-last 1 month", 1, 40, 1, plist::Value(1)},
-      {"date not in-next 3 weeks", 1, 31, 0, plist::Value(3)},
-      {"date not this-year", 1, 63, 0, NoData()},
-  };
+      {"date in-last 1 month", 1, 40, 1, 1},
+      {"date not in-next 3 weeks", 1, 31, 0, 3},
+      {"date not this-year", 1, 63, 0, NoData()}};
   // unit × 10 + variant: in the last N, in the next N, between N and M units ago.
   const char* units[] = {"days", "weeks", "months", "quarters", "years"};
   for (std::int32_t unit = 2; unit <= 6; ++unit) {
     const std::string u = units[unit - 2];
-    rows.push_back({"date in-last 2 " + u, 1, unit * 10, 1, plist::Value(2)});
-    rows.push_back({"date in-next 2 " + u, 1, unit * 10 + 1, 1, plist::Value(2)});
+    rows.push_back({"date in-last 2 " + u, 1, unit * 10, 1, 2});
+    rows.push_back({"date in-next 2 " + u, 1, unit * 10 + 1, 1, 2});
     rows.push_back({"date between-ago 10 5 " + u, 1, unit * 10 + 2, 1, Pair(10, 5)});
   }
   const std::pair<const char*, std::int32_t> periods[] = {
@@ -119,28 +111,19 @@ TEST(ConditionSyntax, EveryDateQualifier) {
 }
 
 TEST(ConditionSyntax, OtherSpellingsReadTheSame) {
-  const Row rows[] = {
-      {"  DESCRIPTION   Contains   Rent  ", 0, 6, 1, plist::Value("Rent")},
-      {"to-from starts-with acme", 5, 8, 1, plist::Value("acme")},
-      {"description not contains x", 0, 6, 0, plist::Value("x")},
-      {"amount is 3", 2, 1, 1, plist::Value(3.0)},
-      {"amount more-than +3", 2, 3, 1, plist::Value(3.0)},
-      {"amount less-than 3", 2, 4, 1, plist::Value(3.0)},
-      {"date is 20260105", 1, 1, 1, plist::Value(20260105)},
-      {"date in-last 1 days", 1, 20, 1, plist::Value(1)},
-      {"resolved is no", 6, 1, 1, plist::Value(false)},
-      {"resolved is-set", 6, 1, 1, plist::Value(true)},
-      {"void not yes", 9, 1, 0, plist::Value(true)},
-      {"check true", 4, 1, 1, plist::Value(true)},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.text);
-    std::string error;
-    const auto parsed = ParseCondition(row.text, error);
-    ASSERT_NE(parsed, nullptr) << error;
-    EXPECT_EQ(parsed->asDictionary(),
-              ZELMFilterCondition(row.category, row.qualifier, row.logic, row.data).asDictionary());
-  }
+  const Row rows[] = {{"  DESCRIPTION   Contains   Rent  ", 0, 6, 1, "Rent"},
+                      {"to-from starts-with acme", 5, 8, 1, "acme"},
+                      {"description not contains x", 0, 6, 0, "x"},
+                      {"amount is 3", 2, 1, 1, 3.0},
+                      {"amount more-than +3", 2, 3, 1, 3.0},
+                      {"amount less-than 3", 2, 4, 1, 3.0},
+                      {"date is 20260105", 1, 1, 1, 20260105},
+                      {"date in-last 1 days", 1, 20, 1, 1},
+                      {"resolved is no", 6, 1, 1, false},
+                      {"resolved is-set", 6, 1, 1, true},
+                      {"void not yes", 9, 1, 0, true},
+                      {"check true", 4, 1, 1, true}};
+  for (const Row& row : rows) ExpectRoundTrip(row, false);
 }
 
 TEST(ConditionSyntax, BadWordsAreRefusedWithOneHelpfulLine) {
@@ -162,8 +145,7 @@ TEST(ConditionSyntax, BadWordsAreRefusedWithOneHelpfulLine) {
       {"date in-last -3 months", "\"-3\" is not a whole number of 0 or more"},
       {"date in-last 3 fortnights", "unknown unit \"fortnights\"; use one of: days, weeks"},
       {"date between-ago 3 days", "\"days\" is not a whole number"},
-      {"date this-year please", "unexpected \"please\""},
-  };
+      {"date this-year please", "unexpected \"please\""}};
   for (const auto& [text, message] : rows) {
     SCOPED_TRACE(text);
     std::string error;

@@ -2,7 +2,6 @@
 // original encoding, the backup, and the files it leaves alone or cannot read.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -40,18 +39,14 @@ class UpgradeCli : public Cli {
 // A version-2 account: entries with the old debit and check booleans, two with one number, no
 // types of its own.
 Dictionary VersionTwoAccount() {
-  Array entries;
-  entries.emplace_back(Dictionary{{"number", 1},
-                                  {"isDebit", false},
-                                  {"isCheck", true},
-                                  {"amount", 12.5},
-                                  {"date", 1199145600}});
-  entries.emplace_back(Dictionary{{"number", 1},
-                                  {"isDebit", true},
-                                  {"isCheck", false},
-                                  {"amount", -3.333},
-                                  {"date", 1199232000}});
-  return Dictionary{{"name", "Old Checking"}, {"version", 2}, {"entries", std::move(entries)}};
+  const auto entry = [](bool debit, double amount, int date) {
+    return Dictionary{
+        {"number", 1}, {"isDebit", debit}, {"isCheck", !debit}, {"amount", amount}, {"date", date}};
+  };
+  return Dictionary{
+      {"name", "Old Checking"},
+      {"version", 2},
+      {"entries", Array{entry(false, 12.5, 1199145600), entry(true, -3.333, 1199232000)}}};
 }
 
 TEST_F(UpgradeCli, OldFilesAreUpgradedInPlaceInTheirEncodingWithABackup) {
@@ -66,15 +61,11 @@ TEST_F(UpgradeCli, OldFilesAreUpgradedInPlaceInTheirEncodingWithABackup) {
   CommandResult run = Folvant("upgrade old.plist old.bplist --preferences '" + kPreferences + "'");
   ASSERT_EQ(run.status, 0) << run.err;
   EXPECT_TRUE(run.err.empty()) << run.err;
-  EXPECT_NE(run.out.find("old.plist: version 2 -> 8 (XML, account \"Old Checking\", 2 entries)"),
-            std::string::npos)
-      << run.out;
-  EXPECT_NE(run.out.find("old.bplist: version 7 -> 8 (binary, account \"Binary\", 2 entries)"),
-            std::string::npos)
-      << run.out;
-  EXPECT_NE(run.out.find("types (added)"), std::string::npos) << "copied from the preferences";
-  EXPECT_NE(run.out.find("entries (2 of 2)"), std::string::npos) << run.out;
-  EXPECT_NE(run.out.find("  backup: old.plist.bak\n"), std::string::npos) << run.out;
+  for (const char* line : {"old.plist: version 2 -> 8 (XML, account \"Old Checking\", 2 entries)",
+                           "old.bplist: version 7 -> 8 (binary, account \"Binary\", 2 entries)",
+                           "types (added)", "entries (2 of 2)", "  backup: old.plist.bak\n"}) {
+    EXPECT_NE(run.out.find(line), std::string::npos) << line << "\n" << run.out;
+  }
 
   // Backups hold the old bytes; the files keep their encoding and load as current accounts.
   EXPECT_EQ(testing::ReadFileBytes(xml + ".bak"), xml_before);
@@ -104,9 +95,7 @@ TEST_F(UpgradeCli, OldFilesAreUpgradedInPlaceInTheirEncodingWithABackup) {
 
 TEST_F(UpgradeCli, AnUnreadableFileIsOneLineAndTheOthersAreStillUpgraded) {
   { std::ofstream(dir_ / "broken.plist", std::ios::binary) << "bplist00\x01\x02garbage"; }
-  {
-    std::ofstream(dir_ / "array.plist") << plist::Write(plist::Value(Array{}), plist::Format::kXml);
-  }
+  { std::ofstream(dir_ / "array.plist") << "<plist><array/></plist>"; }
   Write("good.plist", VersionTwoAccount(), plist::Format::kXml);
   Write("bare.plist", Dictionary{{"name", "Bare"}, {"entries", Array{}}}, plist::Format::kXml);
   const std::string broken_before = testing::ReadFileBytes((dir_ / "broken.plist").string());
@@ -116,18 +105,18 @@ TEST_F(UpgradeCli, AnUnreadableFileIsOneLineAndTheOthersAreStillUpgraded) {
       "upgrade broken.plist missing.plist array.plist good.plist bare.plist "
       "--preferences nowhere.plist");
   EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 3) << run.err;
-  EXPECT_NE(run.err.find("folvant: broken.plist: "), std::string::npos) << run.err;
-  EXPECT_NE(run.err.find("folvant: missing.plist: "), std::string::npos) << run.err;
-  EXPECT_NE(run.err.find("folvant: array.plist: not an account file"), std::string::npos)
-      << run.err;
-  EXPECT_NE(run.out.find("good.plist: version 2 -> 8"), std::string::npos) << run.out;
-  EXPECT_NE(run.out.find("  upgrade: No inactiveTypes found while upgrading account Old "
-                         "Checking. This could cause inconsistent behavior.\n"),
-            std::string::npos)
-      << run.out;
-  EXPECT_NE(run.out.find("bare.plist: version none -> 8"), std::string::npos) << run.out;
-  EXPECT_NE(run.out.find("  changed: version (added), number (added)\n"), std::string::npos);
+  EXPECT_EQ(testing::LineCount(run.err), 3u) << run.err;
+  for (const char* line : {"folvant: broken.plist: ", "folvant: missing.plist: ",
+                           "folvant: array.plist: not an account file"}) {
+    EXPECT_NE(run.err.find(line), std::string::npos) << line << "\n" << run.err;
+  }
+  for (const char* line :
+       {"good.plist: version 2 -> 8",
+        "  upgrade: No inactiveTypes found while upgrading account Old "
+        "Checking. This could cause inconsistent behavior.\n",
+        "bare.plist: version none -> 8", "  changed: version (added), number (added)\n"}) {
+    EXPECT_NE(run.out.find(line), std::string::npos) << line << "\n" << run.out;
+  }
   EXPECT_EQ(Read((dir_ / "good.plist").string()).asDictionary()->find("version")->intValue(), 8);
   EXPECT_EQ(testing::ReadFileBytes((dir_ / "broken.plist").string()), broken_before);
   EXPECT_FALSE(fs::exists(dir_ / "broken.plist.bak"));

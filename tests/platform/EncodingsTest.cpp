@@ -1,7 +1,6 @@
-#include "folvant/platform/Encodings.h"
-
 #include <gtest/gtest.h>
 
+#include "folvant/platform/Encodings.h"
 #include "tests/support/TestSupport.h"
 
 namespace folvant::platform {
@@ -28,7 +27,6 @@ TEST(Encodings, WindowsCodepagesMapToEncodingsAndBack) {
     SCOPED_TRACE(row.codepage);
     EXPECT_EQ(WindowsCodepageToEncoding(row.codepage), row.encoding);
     EXPECT_EQ(EncodingToWindowsCodepage(row.encoding), row.codepage);
-    EXPECT_FALSE(EncodingName(row.encoding).empty());
   }
   EXPECT_EQ(WindowsCodepageToEncoding(51932), kJapaneseEUCStringEncoding);
   EXPECT_EQ(WindowsCodepageToEncoding(0), kNoEncoding);
@@ -64,7 +62,6 @@ TEST(Encodings, DecodesStrictlyOrWithSubstitution) {
       {"caf\x82", WindowsCodepageToEncoding(437), "caf\u00E9", "caf\u00E9"},
       {"\x93\xFA\x96\x7B", kShiftJISStringEncoding, "\u65E5\u672C", "\u65E5\u672C"},
       {"\xFE\xFF\x00\x41\x20\xAC"s, kUnicodeStringEncoding, "A\u20AC", "A\u20AC"},
-      {"\x41\x00\xAC\x20"s, kUTF16LittleEndianStringEncoding, "A\u20AC", "A\u20AC"},
       {"\xEF\xBB\xBFok", kUTF8StringEncoding, "ok", "ok"},
       {"a\xC3(b", kUTF8StringEncoding, std::nullopt, "a" + kReplacement + "(b"},
       {"a\xE9", kASCIIStringEncoding, std::nullopt, "a" + kReplacement},
