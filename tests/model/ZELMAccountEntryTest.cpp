@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntry.h"
+#include "folvant/model/ZELMAccountEntrySplit.h"
 #include "folvant/values/LVCurrency.h"
 #include "tests/support/TestSupport.h"
 
@@ -15,6 +15,7 @@ namespace {
 
 using testing::LogCapture;
 using EntryPtr = std::shared_ptr<ZELMAccountEntry>;
+using Messages = std::vector<std::string>;
 
 plist::Dictionary GoodEntry() {
   const plist::Dictionary item{{"category", 7},
@@ -22,6 +23,7 @@ plist::Dictionary GoodEntry() {
                                {"description", "Diesel"},
                                {"amount", -50.0},
                                {"exchangedAmount", -45.5}};
+  // The amount is kept as read, not rounded.
   return plist::Dictionary{
       {"date", 20080314},
       {"number", 12},
@@ -30,7 +32,7 @@ plist::Dictionary GoodEntry() {
                          ZELMAccountEntry::kFlagCheck | ZELMAccountEntry::kFlagTaxDeductible},
       {"type", 4},
       {"category", 7},
-      {"amount", -50.004},  // kept as read, not rounded
+      {"amount", -50.004},
       {"description", "Fuel"},
       {"toFrom", "Shell"},
       {"cleared", true},
@@ -38,8 +40,7 @@ plist::Dictionary GoodEntry() {
       {"linkedEntry", 3},
       {"linkedAccount", 2},
       {"linkedExchangedAmount", -45.5},
-      {"splitLineItems", plist::Array{item}},
-  };
+      {"splitLineItems", plist::Array{item}}};
 }
 
 TEST(ZELMAccountEntryStoredForm, RoundTripsThroughLoadsAndCopies) {
@@ -177,134 +178,6 @@ TEST(ZELMAccountEntry, LineItemsAndTheSplitTotal) {
 
 // ---- Comparators ----
 
-struct EntryRow {
-  std::int32_t number, date;
-  std::int32_t check_number;  // -1: not a check
-  const char* description;
-  const char* to_from;
-  double amount;
-  std::uint8_t cleared;
-  double balance;
-};
-
-// Several entries share each primary key, so every tie-break is reached.
-std::vector<EntryPtr> Register() {
-  const EntryRow rows[] = {
-      {6, 20080302, -1, "apple", "SHELL", 10.0, 0, 100.0},
-      {1, 20080301, 101, "apple", "Shell", -10.0, 1, 100.0},
-      {4, 20080301, 100, "", "", 100.0, 0, 50.0},  // split: 2.00 + 3.00
-      {2, 20080301, -1, "Apple", "shell", 10.0, 0, 90.0},
-      {7, 20080301, 101, "APPLE", "b", -20.0, 1, 90.0},
-      {3, 20080302, 100, "banana", "A", -10.0, 1, 100.0},
-      {5, 20080228, -1, "Cherry", "b", -99.0, 1, 90.0},
-  };
-  std::vector<EntryPtr> entries;
-  for (const EntryRow& s : rows) {
-    auto e = std::make_shared<ZELMAccountEntry>();
-    e->SetNumber(s.number);
-    e->SetDate(s.date);
-    if (s.check_number >= 0) {
-      e->SetIsCheck(true);
-      e->SetCheckNumber(s.check_number);
-    }
-    e->SetDescription(s.description);
-    e->SetToFrom(s.to_from);
-    e->SetAmount(s.amount);
-    e->SetCleared(s.cleared);
-    e->SetCachedRunningBalance(s.balance);
-    if (s.number == 4) {
-      e->addSplitLineItemWithCategory(1, "", "", 2.0);
-      e->addSplitLineItemWithCategory(1, "", "", 3.0);
-    }
-    entries.push_back(e);
-  }
-  return entries;
-}
-
-using Comparator = int (ZELMAccountEntry::*)(const ZELMAccountEntry&) const;
-struct ComparatorPair {
-  const char* name;
-  Comparator forward, reversed;
-};
-
-#define FOLVANT_PAIR(X) \
-  { #X, &ZELMAccountEntry::X, &ZELMAccountEntry::X##_Reversed }
-const ComparatorPair kComparators[] = {
-    FOLVANT_PAIR(AccountIsGreaterThan),
-    FOLVANT_PAIR(CheckNumberIsGreaterThan),
-    FOLVANT_PAIR(DateIsGreaterThan),
-    FOLVANT_PAIR(DatePrimaryCheckSecondaryIsGreaterThan),
-    FOLVANT_PAIR(DescriptionIsGreaterThan),
-    FOLVANT_PAIR(ToFromIsGreaterThan),
-    FOLVANT_PAIR(TypePrimaryDateSecondaryIsGreaterThan),
-    FOLVANT_PAIR(CategoryPrimaryDateSecondaryIsGreaterThan),
-    FOLVANT_PAIR(AmountIsGreaterThan),
-    FOLVANT_PAIR(BalanceIsGreaterThan),
-    FOLVANT_PAIR(NumberIsGreaterThan),
-    FOLVANT_PAIR(ClearedIsGreaterThan),
-};
-#undef FOLVANT_PAIR
-
-std::vector<std::int32_t> SortedNumbers(std::vector<EntryPtr> entries, Comparator compare) {
-  std::stable_sort(entries.begin(), entries.end(), [compare](const EntryPtr& a, const EntryPtr& b) {
-    return ((*a).*compare)(*b) < 0;
-  });
-  std::vector<std::int32_t> numbers;
-  for (const auto& e : entries) numbers.push_back(e->GetNumber());
-  return numbers;
-}
-
-// Antisymmetry, reflexivity and transitivity make each comparator a strict order; the twin is
-// the negation at every step, so it sorts into the exact reverse order.
-void ExpectOrderProperties(const std::vector<EntryPtr>& entries) {
-  for (const ComparatorPair& c : kComparators) {
-    SCOPED_TRACE(c.name);
-    for (const auto& a : entries) {
-      EXPECT_EQ(((*a).*c.forward)(*a), 0);
-      for (const auto& b : entries) {
-        const int ab = ((*a).*c.forward)(*b);
-        EXPECT_TRUE(ab == -1 || ab == 0 || ab == 1);
-        EXPECT_EQ(ab, -((*b).*c.forward)(*a)) << a->GetNumber() << " vs " << b->GetNumber();
-        EXPECT_EQ(((*a).*c.reversed)(*b), -ab);
-        for (const auto& x : entries) {
-          if (ab < 0 && ((*b).*c.forward)(*x) < 0) {
-            EXPECT_LT(((*a).*c.forward)(*x), 0);
-          }
-        }
-      }
-    }
-    std::vector<std::int32_t> ascending = SortedNumbers(entries, c.forward);
-    std::reverse(ascending.begin(), ascending.end());
-    EXPECT_EQ(SortedNumbers(entries, c.reversed), ascending);
-  }
-}
-
-TEST(ZELMAccountEntryComparators, AreStrictOrdersWithExactReversedTwins) {
-  ExpectOrderProperties(Register());
-}
-
-TEST(ZELMAccountEntryComparators, KeysAndTieBreaks) {
-  const std::vector<EntryPtr> entries = Register();
-  using Numbers = std::vector<std::int32_t>;
-  EXPECT_EQ(SortedNumbers(entries, &ZELMAccountEntry::DatePrimaryCheckSecondaryIsGreaterThan),
-            (Numbers{5, 4, 1, 7, 2, 3, 6}));
-  EXPECT_EQ(SortedNumbers(entries, &ZELMAccountEntry::CheckNumberIsGreaterThan),
-            (Numbers{3, 4, 1, 7, 2, 5, 6}));
-  EXPECT_EQ(SortedNumbers(entries, &ZELMAccountEntry::DateIsGreaterThan),
-            (Numbers{5, 1, 2, 4, 7, 3, 6}));
-  EXPECT_EQ(SortedNumbers(entries, &ZELMAccountEntry::DescriptionIsGreaterThan),
-            (Numbers{4, 1, 2, 6, 7, 3, 5}));
-  EXPECT_EQ(SortedNumbers(entries, &ZELMAccountEntry::ToFromIsGreaterThan),
-            (Numbers{4, 3, 5, 7, 1, 2, 6}));
-  // Entry 4 stores 100.00 but reports its split total, 5.00.
-  EXPECT_EQ(SortedNumbers(entries, &ZELMAccountEntry::AmountIsGreaterThan),
-            (Numbers{5, 7, 1, 3, 4, 2, 6}));
-  EXPECT_EQ(SortedNumbers(entries, &ZELMAccountEntry::BalanceIsGreaterThan),
-            (Numbers{4, 2, 5, 7, 1, 3, 6}));
-  EXPECT_EQ(SortedNumbers(entries, &ZELMAccountEntry::ClearedIsGreaterThan),
-            (Numbers{2, 4, 6, 1, 3, 5, 7}));
-}
-
 // Two accounts with the default types and the categories Auto (1) > Fuel (2) and Food (3).
 // Fuel is in the accounts' own lists at the top level, where accounts without a controller
 // look, while it still names Auto as its parent.
@@ -336,26 +209,99 @@ struct TwoAccounts {
     e->SetCategory(category);
     return e;
   }
+
+  // Entries 1 to 7; several share each primary key, so every tie-break is reached.
+  std::vector<EntryPtr> Register() {
+    struct Row {
+      bool in_savings;
+      std::int32_t date, type, category;
+      std::int32_t check_number;  // -1: not a check
+      const char* description;
+      const char* to_from;
+      double amount;
+      std::uint8_t cleared;
+      double balance;
+    };
+    const Row rows[] = {
+        {false, 20080301, 4, 2, 101, "apple", "Shell", -10.0, 1, 100.0},
+        {false, 20080301, 0, 3, -1, "Apple", "shell", 10.0, 0, 90.0},
+        {false, 20080302, -1, -1, 100, "banana", "A", -10.0, 1, 100.0},
+        {true, 20080301, 4, 1, 100, "", "", 100.0, 0, 50.0},  // split: 2.00 + 3.00
+        {true, 20080228, 10, 2, -1, "Cherry", "b", -99.0, 1, 90.0},
+        {false, 20080302, 4, 1, -1, "apple", "SHELL", 10.0, 0, 100.0},
+        {false, 20080301, -1, 3, 101, "APPLE", "b", -20.0, 1, 90.0},
+    };
+    std::vector<EntryPtr> entries;
+    for (const Row& s : rows) {
+      auto e = Add(s.in_savings ? savings : checking, static_cast<std::int32_t>(entries.size()) + 1,
+                   s.date, s.type, s.category);
+      if (s.check_number >= 0) {
+        e->SetIsCheck(true);
+        e->SetCheckNumber(s.check_number);
+      }
+      e->SetDescription(s.description);
+      e->SetToFrom(s.to_from);
+      e->SetAmount(s.amount);
+      e->SetCleared(s.cleared);
+      e->SetCachedRunningBalance(s.balance);
+      entries.push_back(e);
+    }
+    entries[3]->addSplitLineItemWithCategory(1, "", "", 2.0);
+    entries[3]->addSplitLineItemWithCategory(1, "", "", 3.0);
+    return entries;
+  }
 };
 
-TEST(ZELMAccountEntryComparators, NamesComeFromTheReceiversAccount) {
+// Each comparator with the register's entry numbers in its order: every pair must compare as
+// that order says, and the reversed twin exactly the other way.
+TEST(ZELMAccountEntryComparators, OrderTheRegisterAndTheirTwinsReverseIt) {
+  using Comparator = int (ZELMAccountEntry::*)(const ZELMAccountEntry&) const;
+  struct Row {
+    const char* name;
+    Comparator forward, reversed;
+    std::vector<std::size_t> order;
+  };
+#define FOLVANT_ROW(X, ...) \
+  Row(#X, &ZELMAccountEntry::X, &ZELMAccountEntry::X##_Reversed, {__VA_ARGS__})
+  const Row rows[] = {
+      // checking < Savings, whatever the case.
+      FOLVANT_ROW(AccountIsGreaterThan, 1, 2, 7, 3, 6, 5, 4),
+      FOLVANT_ROW(CheckNumberIsGreaterThan, 3, 4, 1, 7, 2, 5, 6),
+      FOLVANT_ROW(DateIsGreaterThan, 5, 1, 2, 4, 7, 3, 6),
+      FOLVANT_ROW(DatePrimaryCheckSecondaryIsGreaterThan, 5, 4, 1, 7, 2, 3, 6),
+      FOLVANT_ROW(DescriptionIsGreaterThan, 4, 1, 2, 6, 7, 3, 5),
+      FOLVANT_ROW(ToFromIsGreaterThan, 4, 3, 5, 7, 1, 2, 6),
+      // "" < ATM < Check < Deposit.
+      FOLVANT_ROW(TypePrimaryDateSecondaryIsGreaterThan, 7, 3, 2, 1, 4, 6, 5),
+      // "" < Auto < Auto:Fuel < Food.
+      FOLVANT_ROW(CategoryPrimaryDateSecondaryIsGreaterThan, 3, 4, 6, 5, 1, 2, 7),
+      // Entry 4 stores 100.00 but reports its split total, 5.00.
+      FOLVANT_ROW(AmountIsGreaterThan, 5, 7, 1, 3, 4, 2, 6),
+      FOLVANT_ROW(BalanceIsGreaterThan, 4, 2, 5, 7, 1, 3, 6),
+      FOLVANT_ROW(NumberIsGreaterThan, 1, 2, 3, 4, 5, 6, 7),
+      FOLVANT_ROW(ClearedIsGreaterThan, 2, 4, 6, 1, 3, 5, 7),
+  };
+#undef FOLVANT_ROW
   TwoAccounts t;
-  const std::vector<EntryPtr> entries = {
-      t.Add(t.checking, 1, 20080302, 4, 2), t.Add(t.checking, 2, 20080301, 0, 3),
-      t.Add(t.checking, 3, 20080301, -1, -1), t.Add(t.savings, 4, 20080301, 4, 1),
-      t.Add(t.savings, 5, 20080228, 10, 2)};
-  ExpectOrderProperties(entries);
-  using Numbers = std::vector<std::int32_t>;
-  // "" < ATM < Check < Deposit; "" < Auto < Auto:Fuel < Food; checking < Savings.
-  EXPECT_EQ(SortedNumbers(entries, &ZELMAccountEntry::TypePrimaryDateSecondaryIsGreaterThan),
-            (Numbers{3, 2, 4, 1, 5}));
-  EXPECT_EQ(SortedNumbers(entries, &ZELMAccountEntry::CategoryPrimaryDateSecondaryIsGreaterThan),
-            (Numbers{3, 4, 5, 1, 2}));
-  EXPECT_EQ(SortedNumbers(entries, &ZELMAccountEntry::AccountIsGreaterThan),
-            (Numbers{2, 3, 1, 5, 4}));
+  const std::vector<EntryPtr> entries = t.Register();
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    for (std::size_t i = 0; i < row.order.size(); ++i) {
+      for (std::size_t j = 0; j < row.order.size(); ++j) {
+        const ZELMAccountEntry& a = *entries[row.order[i] - 1];
+        const ZELMAccountEntry& b = *entries[row.order[j] - 1];
+        const int expected = i < j ? -1 : i > j ? 1 : 0;
+        EXPECT_EQ((a.*row.forward)(b), expected) << row.order[i] << " vs " << row.order[j];
+        EXPECT_EQ((a.*row.reversed)(b), -expected) << row.order[i] << " vs " << row.order[j];
+      }
+    }
+  }
+}
 
-  // Both type numbers are named by the receiver's account: ATM < Check in checking, while in
-  // savings, whose type 0 is renamed, Check < Zebra. Each entry sorts first from its own side.
+// Both type numbers are named by the receiver's account: ATM < Check in checking, while in
+// savings, whose type 0 is renamed, Check < Zebra. Each entry sorts first from its own side.
+TEST(ZELMAccountEntryComparators, TypeNamesComeFromTheReceiversAccount) {
+  TwoAccounts t;
   t.savings.accountEntryTypeForNumber(0)->SetName("Zebra");
   const EntryPtr atm = t.Add(t.checking, 6, 20080301, 0, -1);
   const EntryPtr check = t.Add(t.savings, 7, 20080301, 4, -1);
@@ -376,15 +322,11 @@ TEST(ZELMAccountEntry, SpeakableString) {
   EXPECT_EQ(ZELMAccountEntry::entryWithEntry(*e)->asSpeakableString(), e->asSpeakableString());
 
   // Without an account: no type or category names.
-  ZELMAccountEntry check;
-  check.SetDate(20080314);
-  check.SetIsDebit(true);
-  check.SetIsCheck(true);
-  check.SetCheckNumber(1001);
-  check.SetAmount(-12.5);
-  check.SetToFrom("Shell");
-  check.SetDescription("Fuel");
-  check.SetCleared(1);
+  plist::Dictionary stored = GoodEntry();
+  stored.set("entryFlags", ZELMAccountEntry::kFlagDebit | ZELMAccountEntry::kFlagCheck);
+  stored.set("amount", -12.5);
+  stored.erase("splitLineItems");
+  const ZELMAccountEntry check(&stored);
   EXPECT_EQ(check.asSpeakableString(),
             "03/14/08.  Debit in the Amount of:  -12.50 .  Check Number:  1001 .  To:  Shell .  "
             "Description:  Fuel .  Resolved .  ");
@@ -448,6 +390,97 @@ TEST(ZELMAccountEntry, SyncToEntryNegatesIntoTheCounterpart) {
   EXPECT_EQ(received->splitLineItems()[0]->exchangedAmount(), 30.0);
   EXPECT_EQ(received->asDictionary().find("amount")->asReal(), 45.5);
   EXPECT_EQ(received->GetAmount(), 27.25);  // the split total
+}
+
+// ---- Line items and legacy splits ----
+
+TEST(ZELMAccountEntrySplitLineItem, LoadsWhatIsPresentAndKeepsAmountsUnrounded) {
+  LogCapture log;
+  const plist::Dictionary only_amount{{"amount", -12.345}};
+  ZELMAccountEntrySplitLineItem item(&only_amount);
+  item.setToFrom(std::nullopt);  // still written, as ""
+  const plist::Dictionary expected{{"category", -1},
+                                   {"toFrom", ""},
+                                   {"description", ""},
+                                   {"amount", -12.345},
+                                   {"exchangedAmount", 0.0}};
+  EXPECT_EQ(item.asDictionary(), expected);
+  EXPECT_TRUE(log.messages().empty());
+}
+
+plist::Dictionary GoodLegacySplit() {
+  plist::Array descriptions, to_froms, amounts;
+  for (int i = 0; i < 10; ++i) {
+    descriptions.emplace_back("d" + std::to_string(i));
+    to_froms.emplace_back("t" + std::to_string(i));
+    amounts.emplace_back(i + 0.5);
+  }
+  return {{"descriptions", descriptions}, {"toFrom", to_froms}, {"amounts", amounts}};
+}
+
+TEST(ZELMAccountEntrySplit, DamagedKeysAreLoggedAndLeaveTheirSlots) {
+  const char* kWrong =
+      "theValue is in the wrong format in ZELMAccountEntrySplit:initWithDictionary";
+  const char* rows[][2] = {
+      {"descriptions", "No description defined for theDictionary in "},
+      {"toFrom", "No toFroms defined for theDictionary in "},
+      {"amounts", "No amounts defined for theDictionary in "},
+  };
+  const plist::Dictionary fresh = ZELMAccountEntrySplit().asDictionary();
+  for (const auto& row : rows) {
+    for (bool remove : {true, false}) {
+      SCOPED_TRACE(std::string(row[0]) + (remove ? " removed" : " of the wrong kind"));
+      plist::Dictionary damaged = GoodLegacySplit();
+      plist::Dictionary expected = damaged;
+      expected.set(row[0], *fresh.find(row[0]));
+      if (remove) damaged.erase(row[0]);
+      if (!remove) damaged.set(row[0], "not an array");
+      LogCapture log;
+      ZELMAccountEntrySplit split(&damaged);
+      const std::string missing = std::string(row[1]) + "ZELMAccountEntrySplit:initWithDictionary";
+      EXPECT_EQ(log.messages(), Messages{remove ? missing : kWrong});
+      EXPECT_EQ(split.asDictionary(), expected);
+    }
+  }
+}
+
+TEST(ZELMAccountEntrySplit, ShortAndLongArrays) {
+  LogCapture log;
+  const plist::Dictionary good = GoodLegacySplit();
+  EXPECT_EQ(ZELMAccountEntrySplit(&good).asDictionary(), good);
+  const plist::Dictionary three{{"descriptions", plist::Array{}},
+                                {"toFrom", plist::Array{}},
+                                {"amounts", plist::Array{1.0, 2.0, 3.004}}};
+  ZELMAccountEntrySplit short_split(&three);
+  EXPECT_TRUE(log.messages().empty());
+  EXPECT_EQ(short_split.GetAmount(2), 3.0);  // rounded on the way in
+  EXPECT_EQ(short_split.GetTotal(), 6.0);    // slots 3-9 stay 0.0
+
+  // Amounts beyond the tenth slot are refused one message each; texts are dropped silently.
+  const plist::Array texts(11, plist::Value("x"));
+  const plist::Dictionary eleven{
+      {"descriptions", texts}, {"toFrom", texts}, {"amounts", plist::Array(11, 1.0)}};
+  ZELMAccountEntrySplit long_split(&eleven);
+  EXPECT_EQ(log.messages(),
+            Messages{"Split index out of range of split array in ZELMAccountEntrySplit:SetAmount"});
+  EXPECT_EQ(long_split.GetTotal(), 10.0);
+}
+
+TEST(ZELMAccountEntrySplit, RoundingAndCopies) {
+  ZELMAccountEntrySplit split;
+  split.SetAmount(-12.345678, 0);
+  split.SetAmount(1.005, 9);
+  split.SetEnabled(true, 9);
+  EXPECT_EQ(split.GetAmount(0), -12.35);
+  EXPECT_EQ(split.GetAmount(9), 1.01);
+  EXPECT_DOUBLE_EQ(split.GetTotal(), -11.34);
+
+  // Copies go through the stored form: slots survive, enabled marks do not.
+  auto copy = ZELMAccountEntrySplit::splitWithSplit(&split);
+  ASSERT_NE(copy, nullptr);
+  EXPECT_EQ(copy->asDictionary(), split.asDictionary());
+  EXPECT_FALSE(copy->GetEnabled(9));
+  EXPECT_EQ(ZELMAccountEntrySplit::splitWithSplit(nullptr), nullptr);
 }
 
 }  // namespace

@@ -139,7 +139,7 @@ TEST(ScheduleCalendar, MonthArithmeticClampsTheDayThenAddsDays) {
     std::int32_t expected;
   };
   const Row rows[] = {
-      {20080131, 0, 1, 0, 20080229},  // leap February
+      {20280131, 0, 1, 0, 20280229},  // leap February
       {20090131, 0, 1, 0, 20090228},
       {20080229, 1, 0, 0, 20090228},  // leap day + 1 year
       {20080229, 4, 0, 0, 20120229},
@@ -164,8 +164,9 @@ TEST(ScheduleCalendar, MonthArithmeticClampsTheDayThenAddsDays) {
 // ---- Recurrence against the naive walk ------------------------------------------------------
 
 TEST(ScheduleRecurrence, EveryKindMatchesANaiveDayByDayWalk) {
-  // Month ends, a leap day, a Saturday, a Sunday, and a start before the leap century 2000.
-  const std::int32_t starts[] = {20070131, 20080229, 20080315, 20081102,
+  // Month ends, a leap day (yearly: back on the 29th in 2028), a Saturday, a Sunday, and a start
+  // before the leap century 2000.
+  const std::int32_t starts[] = {20070131, 20240229, 20080315, 20081102,
                                  20090330, 20101231, 20110228, 19991130};
   const std::int32_t plain_kinds[] = {1, 2, 3, 4, 5, 6, 10, 11};
   const std::int32_t every_n_kinds[] = {20, 21, 22, 23, 24};

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
+#include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountSchedule.h"
 #include "folvant/model/ZELMAccountScheduleCalendar.h"
 #include "tests/support/TestSupport.h"
@@ -18,6 +18,15 @@ using Messages = std::vector<std::string>;
 
 platform::LocalTime On(std::int32_t n, int hour = 0) {
   return schedule::LocalTimeFromDay(schedule::DayFromDateNumber(n)) + std::chrono::hours{hour};
+}
+
+std::shared_ptr<ZELMAccountSchedule> Schedule(std::int32_t number, std::int32_t start = 20080101,
+                                              std::int32_t kind = schedule::kRepeatOnce) {
+  auto s = std::make_shared<ZELMAccountSchedule>();
+  s->SetNumber(number);
+  s->SetDate(start);
+  s->SetRepeatIntervalType(kind);
+  return s;
 }
 
 std::vector<std::int32_t> Dates(const std::vector<std::shared_ptr<ZELMAccountEntry>>& entries) {
@@ -150,15 +159,6 @@ TEST(ZELMAccountSchedule, OccurrencesArePlainEntriesCopiedFromTheTemplate) {
 // Which dates are due is the calendar's business; here the schedule's own part: what a commit
 // records, and the Friday shift of a calendar date.
 TEST(ZELMAccountSchedule, CommittingADueEntryRecordsItsDate) {
-  ZELMAccountSchedule once;
-  once.SetDate(20080110);
-  const auto due_once = once.EvaluateForDate(On(20080301, 9));
-  ASSERT_EQ(Dates(due_once), std::vector<std::int32_t>{20080110});
-  once.CommitEntry(due_once[0].get());
-  once.CommitEntry(nullptr);
-  EXPECT_EQ(once.GetCommittedDates(), std::vector<std::int32_t>{20080110});
-  EXPECT_TRUE(once.EvaluateForDate(On(20080301)).empty());
-
   ZELMAccountSchedule rent;
   rent.SetDate(20080215);
   rent.SetRepeatIntervalType(schedule::kRepeatMonthly);
@@ -167,7 +167,8 @@ TEST(ZELMAccountSchedule, CommittingADueEntryRecordsItsDate) {
   const auto due = rent.EvaluateForDate(On(20080314, 8));  // Saturday 15 March 2008
   ASSERT_EQ(Dates(due), std::vector<std::int32_t>{20080314});
   rent.CommitEntry(due[0].get());
-  EXPECT_TRUE(rent.DateIsCommitted(20080314));
+  rent.CommitEntry(nullptr);
+  EXPECT_EQ(rent.GetCommittedDates(), (std::vector<std::int32_t>{20080215, 20080314}));
   EXPECT_TRUE(rent.EvaluateForDate(On(20080320)).empty());
   EXPECT_EQ(rent.NextEntryDate(), 20080415);
   // A calendar date moves the same way and keeps its time of day.
@@ -196,33 +197,102 @@ TEST(ZELMAccountSchedule, CommittedDatesAreSortedAndFreeOfRepeatsAfterACommit) {
 // ---- Sorting -------------------------------------------------------------------------------
 
 TEST(ZELMAccountSchedule, SortsByNextDateWithoutOneLastThenByNumber) {
-  const auto make = [](std::int32_t number, std::int32_t start, std::int32_t kind) {
-    auto s = std::make_shared<ZELMAccountSchedule>();
-    s->SetNumber(number);
-    s->SetDate(start);
-    s->SetRepeatIntervalType(kind);
-    return s;
+  // In the expected order: every pair compares so, and the reversed twin the other way.
+  const std::vector<std::shared_ptr<ZELMAccountSchedule>> ordered = {
+      Schedule(3, 20080201, schedule::kRepeatDaily),    //
+      Schedule(2, 20080301, schedule::kRepeatMonthly),  //
+      Schedule(4, 20080301, schedule::kRepeatYearly),   // same next date as 2
+      Schedule(1, 20080101, schedule::kRepeatOnce),     // no next date
+      Schedule(5, 20080101, 7),                         // unknown kind: no next date
   };
-  std::vector<std::shared_ptr<ZELMAccountSchedule>> list = {
-      make(1, 20080101, schedule::kRepeatOnce),     // no next date
-      make(2, 20080301, schedule::kRepeatMonthly),  //
-      make(3, 20080201, schedule::kRepeatDaily),    //
-      make(4, 20080301, schedule::kRepeatYearly),   // same next date as 2
-      make(5, 20080101, 7),                         // unknown kind: no next date
-  };
-  for (const auto& a : list) {
-    for (const auto& b : list) {
-      EXPECT_EQ(a->NextEntryDateIsGreaterThan(*b), -b->NextEntryDateIsGreaterThan(*a));
-      EXPECT_EQ(a->NextEntryDateIsGreaterThan_Reversed(*b), -a->NextEntryDateIsGreaterThan(*b));
-      EXPECT_EQ(a->NextEntryDateIsGreaterThan(*b) == 0, a == b);
+  for (std::size_t i = 0; i < ordered.size(); ++i) {
+    for (std::size_t j = 0; j < ordered.size(); ++j) {
+      const int expected = i < j ? -1 : i > j ? 1 : 0;
+      EXPECT_EQ(ordered[i]->NextEntryDateIsGreaterThan(*ordered[j]), expected) << i << " " << j;
+      EXPECT_EQ(ordered[i]->NextEntryDateIsGreaterThan_Reversed(*ordered[j]), -expected);
     }
   }
-  std::stable_sort(list.begin(), list.end(), [](const auto& a, const auto& b) {
-    return a->NextEntryDateIsGreaterThan(*b) < 0;
-  });
-  std::vector<std::int32_t> order;
-  for (const auto& s : list) order.push_back(s->GetNumber());
-  EXPECT_EQ(order, (std::vector<std::int32_t>{3, 2, 4, 1, 5}));
+}
+
+// ---- Schedules of an account ------------------------------------------------------------
+
+std::vector<std::int32_t> Numbers(const ZELMAccount& account) {
+  std::vector<std::int32_t> numbers;
+  for (const auto& s : account.GetSchedules()) numbers.push_back(s->GetNumber());
+  return numbers;
+}
+
+TEST(AccountSchedules, InitSchedulesKeepsTheDictionariesAndSkipsTheRest) {
+  ZELMAccount account;
+  account.AddSchedule(Schedule(5));
+  {
+    testing::LogCapture log;
+    EXPECT_EQ(account.InitSchedules(nullptr), nullptr);
+    const Value not_an_array("schedules");
+    EXPECT_EQ(account.InitSchedules(&not_an_array), nullptr);
+    EXPECT_EQ(log.messages(), Messages{"Invalid theArray supplied to ZELMAccount:InitSchedules"});
+    EXPECT_EQ(Numbers(account), std::vector<std::int32_t>{5});
+  }
+  Dictionary first = Schedule(1)->asDictionary();
+  Dictionary second = Schedule(2)->asDictionary();
+  const Value array(Array{first, "a string", second});
+  testing::LogCapture log;
+  const ZELMAccount::ScheduleList* list = account.InitSchedules(&array);
+  EXPECT_EQ(log.messages(),
+            Messages{"Invalid theDictionary encountered in ZELMAccount:InitSchedules"});
+  ASSERT_EQ(list, &account.GetSchedules());
+  EXPECT_EQ(Numbers(account), (std::vector<std::int32_t>{1, 2}));
+  for (const auto& s : account.GetSchedules()) EXPECT_EQ(s->GetAccount(), &account);
+}
+
+TEST(AccountSchedules, NumbersAndLookups) {
+  ZELMAccount account;
+  EXPECT_EQ(account.NextAvailableScheduleNumber(), 0);
+  const auto two = Schedule(2), seven = Schedule(7), other_seven = Schedule(7);
+  account.SetSchedules(ZELMAccount::ScheduleList{two, seven, other_seven});
+  EXPECT_EQ(two->GetAccount(), &account);
+  EXPECT_EQ(account.NextAvailableScheduleNumber(), 8);
+  EXPECT_EQ(account.ScheduleForNumber(7), seven);  // the first of that number
+  EXPECT_EQ(account.ScheduleForNumber(3), nullptr);
+  account.RemoveSchedule(seven.get());
+  EXPECT_EQ(account.ScheduleForNumber(7), other_seven);
+  account.RemoveSchedule(other_seven.get());
+  EXPECT_EQ(account.NextAvailableScheduleNumber(), 3);
+  // Negative numbers never push the next one below 0.
+  account.SetSchedules(ZELMAccount::ScheduleList{Schedule(-4), Schedule(-1)});
+  EXPECT_EQ(account.NextAvailableScheduleNumber(), 0);
+  const auto added = Schedule(0);
+  account.AddSchedule(added);
+  EXPECT_EQ(added->GetAccount(), &account);
+  EXPECT_EQ(Numbers(account), (std::vector<std::int32_t>{-4, -1, 0}));
+}
+
+TEST(AccountSchedules, PendingEntriesAreCountedOverEverySchedule) {
+  ZELMAccount account;
+  {
+    testing::ScopedClockPin today(20080310);
+    EXPECT_FALSE(account.HasPendingScheduledEntries());
+  }
+  auto weekly = Schedule(0, 20080303, schedule::kRepeatWeekly);  // 3, 10, 17 March
+  weekly->AddCommittedDate(20080303);
+  auto later = Schedule(1, 20080401);  // once, on 1 April
+  auto limited = Schedule(2, 20080301, schedule::kRepeatDaily);
+  limited->SetRepeatUntilType(schedule::kUntilCount);
+  limited->SetRepeatUntil(4);
+  account.SetSchedules(ZELMAccount::ScheduleList{weekly, later, limited});
+
+  EXPECT_EQ(account.numberOfPendingScheduledEntriesForDate(std::nullopt), 0);
+  EXPECT_EQ(account.numberOfPendingScheduledEntriesForDate(On(20080302, 10)), 2);
+  EXPECT_EQ(account.numberOfPendingScheduledEntriesForDate(On(20080317, 10)), 2 + 0 + 4);
+  EXPECT_EQ(account.numberOfPendingScheduledEntriesForDate(On(20080401, 10)), 4 + 1 + 4);
+  {
+    testing::ScopedClockPin today(20080229);
+    EXPECT_FALSE(account.HasPendingScheduledEntries());
+  }
+  {
+    testing::ScopedClockPin today(20080301, 0, 0, 1);
+    EXPECT_TRUE(account.HasPendingScheduledEntries());
+  }
 }
 
 }  // namespace
