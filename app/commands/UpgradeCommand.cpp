@@ -55,7 +55,8 @@ bool ReadBytes(const std::filesystem::path& path, std::string& bytes, std::strin
 // removed keys say so.
 std::vector<std::string> Changes(const plist::Dictionary& before, const plist::Dictionary& after) {
   std::vector<std::string> changes;
-  for (const auto& [key, value] : after) {
+  for (const auto& [stored_key, value] : after) {
+    const std::string key = stored_key.str();
     const plist::Value* old = before.find(key);
     if (old == nullptr) {
       changes.push_back(key + " (added)");
@@ -75,7 +76,7 @@ std::vector<std::string> Changes(const plist::Dictionary& before, const plist::D
     }
   }
   for (const auto& [key, value] : before) {
-    if (after.find(key) == nullptr) changes.push_back(key + " (removed)");
+    if (after.find(key) == nullptr) changes.push_back(key.str() + " (removed)");
   }
   return changes;
 }

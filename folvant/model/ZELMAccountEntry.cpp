@@ -77,7 +77,7 @@ constexpr std::string_view kSlotKeys[kSlotCount] = {"date",
 struct EntryKeys {
   explicit EntryKeys(const plist::Dictionary& dict) {
     for (const plist::Dictionary::Entry& entry : dict) {
-      const std::string& key = entry.first;
+      const std::string_view key = entry.first;
       for (std::size_t slot = 0; slot < kSlotCount; ++slot) {
         if (key == kSlotKeys[slot]) {
           if (values[slot] == nullptr) values[slot] = &entry.second;

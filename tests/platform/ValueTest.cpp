@@ -1,9 +1,12 @@
-#include "folvant/platform/plist/Value.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "folvant/platform/plist/Value.h"
 
 namespace folvant::plist {
 namespace {
@@ -75,6 +78,63 @@ TEST(PlistDictionary, EqualityIgnoresOrderAndSetReplacesInPlace) {
   Value copy = Value(a);
   a.set("x", 3);
   EXPECT_EQ(copy.asDictionary()->find("x")->intValue(), 1);
+}
+
+TEST(PlistValue, CopiesShareATextUntilOneChangesIt) {
+  const Value original("Grocer");
+  Value copy = original;
+  EXPECT_EQ(std::as_const(copy).asString(), original.asString());  // one text for both
+  *copy.asString() += " & Co";
+  EXPECT_EQ(*original.asString(), "Grocer");
+  EXPECT_EQ(*copy.asString(), "Grocer & Co");
+}
+
+TEST(PlistDictionary, KeysInsideAndOnTheHeapBehaveAlike) {
+  const std::string inside(15, 'k'), outside = "linkedExchangedAmount";
+  Dictionary d{{outside, 1}, {inside, 2}, {"", 3}};
+  Dictionary copy = d;
+  Dictionary moved = std::move(d);
+  EXPECT_EQ(moved.find(outside)->intValue(), 1);
+  EXPECT_EQ(copy.find(inside)->intValue(), 2);
+  EXPECT_EQ(copy.find("")->intValue(), 3);
+  EXPECT_EQ(copy.find(inside + "k"), nullptr);
+  std::vector<std::string> order;
+  for (const Dictionary::Entry* entry : copy.sortedEntries()) order.push_back(entry->first.str());
+  EXPECT_EQ(order, (std::vector<std::string>{"", inside, outside}));
+  EXPECT_TRUE(copy == moved);
+}
+
+// Dictionaries made in an arena live on after it, change like any other, and free their room
+// one by one (the sanitizers see a leak or a double free).
+TEST(PlistDictionary, ArenaDictionariesOutliveTheArenaAndGrowOutOfIt) {
+  for (const std::size_t chunk : {std::size_t{1} << 10, std::size_t{8} << 20}) {
+    SCOPED_TRACE(chunk);
+    Array made;
+    {
+      DictionaryArena arena(chunk);
+      for (int i = 0; i < 2000; ++i) {
+        Dictionary d = arena.Make(2);
+        d.append("n", i);
+        d.append("same", "text");
+        made.push_back(std::move(d));
+      }
+      Dictionary big = arena.Make(1000);  // beyond a quarter of a small chunk
+      big.append("n", -1);
+      made.push_back(std::move(big));
+    }
+    Dictionary& first = *made[0].asDictionary();
+    first.append("n", 7);  // a third entry: moves out of the arena
+    EXPECT_TRUE(first.collapseDuplicateKeys());
+    EXPECT_EQ(first, (Dictionary{{"n", 7}, {"same", "text"}}));
+    EXPECT_TRUE(made[1].asDictionary()->erase("n"));
+    EXPECT_EQ(*made[1].asDictionary(), (Dictionary{{"same", "text"}}));
+    EXPECT_EQ(made[1999].asDictionary()->find("n")->intValue(), 1999);
+    EXPECT_EQ(made[2000].asDictionary()->find("n")->intValue(), -1);
+    made.erase(made.begin() + 10, made.begin() + 1500);
+    const Array copy = made;
+    made.clear();
+    EXPECT_EQ(copy[10].asDictionary()->find("n")->intValue(), 1500);
+  }
 }
 
 }  // namespace

@@ -40,6 +40,20 @@ constexpr std::uint8_t kSet = 0xC;
 constexpr std::uint8_t kDictionary = 0xD;
 
 std::uint64_t ReadBigEndian(const std::uint8_t* p, std::size_t size) {
+  if constexpr (std::endian::native == std::endian::little) {
+    // The widths of offsets and references, read in one load each.
+    if (size == 4) {
+      std::uint32_t word;
+      std::memcpy(&word, p, 4);
+      return __builtin_bswap32(word);
+    }
+    if (size == 8) {
+      std::uint64_t word;
+      std::memcpy(&word, p, 8);
+      return __builtin_bswap64(word);
+    }
+  }
+  if (size == 1) return p[0];
   std::uint64_t value = 0;
   for (std::size_t i = 0; i < size; ++i) value = (value << 8) | p[i];
   return value;
@@ -62,7 +76,11 @@ class Reader {
   explicit Reader(std::string_view bytes, const StreamedRead* stream = nullptr)
       : data_(reinterpret_cast<const std::uint8_t*>(bytes.data())),
         size_(bytes.size()),
-        stream_(stream) {}
+        stream_(stream),
+        // A streamed read frees each member before the next: the heap reuses its memory.
+        arena_(stream != nullptr || size_ < kArenaFrom
+                   ? 0
+                   : std::clamp(2 * size_, kArenaFrom * 4, std::size_t{64} << 20)) {}
 
   Expected<Value, ReadError> Read() {
     Value top;
@@ -84,12 +102,37 @@ class Reader {
   // The count of the object at `offset` and where its contents start; the contents of
   // `count * unit` bytes must lie before the trailer.
   bool ReadCount(std::size_t offset, std::uint64_t unit, std::size_t* start, std::size_t* count);
+  // Reads object `ref`, named at `from`, into `out`.
   bool ReadObject(std::uint64_t ref, std::size_t from, int depth, Value* out);
+  // The same without the cache.
+  bool Decode(std::uint64_t ref, std::size_t from, int depth, Value* out);
   bool ReadString(std::size_t offset, std::string* out);
   bool ReadContainer(std::uint64_t ref, std::size_t offset, int depth, Value* out);
   // After the top dictionary is read with an empty array under the streamed key: hands the
   // array object `ref` (named at `from`) to the stream's sink, or reads it into `slot`.
   bool StreamMembers(std::uint64_t ref, std::size_t from, Dictionary& top, Value* slot);
+  // Starts fetching the objects named by the `count` references at `position` that are not
+  // cached: their offsets first, then the objects, so that their cache misses overlap.
+  void Prefetch(std::size_t position, std::size_t count) const {
+    count = std::min<std::size_t>(count, 32);
+    const auto wanted = [this](std::uint64_t ref) {
+      return ref < object_count_ &&
+             scalars_[static_cast<std::size_t>(ref) & (scalars_.size() - 1)].ref != ref;
+    };
+    for (std::size_t i = 0; i < count; ++i) {
+      const std::uint64_t ref = RefAt(position + i * ref_size_);
+      if (wanted(ref)) {
+        __builtin_prefetch(data_ + table_offset_ + static_cast<std::size_t>(ref) * offset_size_);
+      }
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+      const std::uint64_t ref = RefAt(position + i * ref_size_);
+      if (!wanted(ref)) continue;
+      const std::uint64_t offset = ReadBigEndian(
+          data_ + table_offset_ + static_cast<std::size_t>(ref) * offset_size_, offset_size_);
+      if (offset < limit_) __builtin_prefetch(data_ + offset);
+    }
+  }
   std::uint64_t RefAt(std::size_t position) const {
     return ReadBigEndian(data_ + position, ref_size_);
   }
@@ -103,9 +146,27 @@ class Reader {
     return true;
   }
 
+  // Files smaller than this keep every dictionary in memory of its own.
+  static constexpr std::size_t kArenaFrom = std::size_t{1} << 20;
+  // Values read so far, by object, other than arrays and dictionaries: a value referred to
+  // from many places is located and decoded once, and every reference to a string object
+  // shares one text. Direct-mapped: a value pushed out is read again when next met.
+  struct CachedScalar {
+    std::uint64_t ref = ~std::uint64_t{0};
+    Value value;
+  };
+  // Dictionary keys read so far, in the same way.
+  struct CachedKey {
+    std::uint64_t ref = ~std::uint64_t{0};
+    Key key;
+  };
+
   const std::uint8_t* data_;
   std::size_t size_;
   const StreamedRead* stream_;
+  DictionaryArena arena_;
+  std::vector<CachedScalar> scalars_;
+  std::vector<CachedKey> keys_;
   std::size_t limit_ = 0;  // where the trailer starts; every object lies before it
   std::size_t offset_size_ = 0;
   std::size_t ref_size_ = 0;
@@ -153,6 +214,10 @@ bool Reader::ReadTrailer() {
                 limit_ + 16);
   }
   open_.assign(static_cast<std::size_t>(object_count_), false);
+  const std::size_t cached =
+      std::min(std::bit_ceil(static_cast<std::size_t>(object_count_)), std::size_t{1} << 16);
+  scalars_.resize(cached);
+  keys_.resize(std::min<std::size_t>(cached, 1024));
   budget_ = 64 * static_cast<std::uint64_t>(size_) + (std::uint64_t{4} << 20);
   return true;
 }
@@ -242,6 +307,21 @@ bool Reader::ReadString(std::size_t offset, std::string* out) {
 }
 
 bool Reader::ReadObject(std::uint64_t ref, std::size_t from, int depth, Value* out) {
+  CachedScalar& cached = scalars_[static_cast<std::size_t>(ref) & (scalars_.size() - 1)];
+  if (cached.ref == ref) {
+    *out = cached.value;
+    return Spend(16, from);
+  }
+  if (!Decode(ref, from, depth, out)) return false;
+  // Data may be large and is copied, not shared.
+  if (!out->isArray() && !out->isDictionary() && !out->isData()) {
+    cached.ref = ref;
+    cached.value = *out;
+  }
+  return true;
+}
+
+bool Reader::Decode(std::uint64_t ref, std::size_t from, int depth, Value* out) {
   std::size_t offset = 0;
   if (!Locate(ref, from, &offset) || !Spend(16, offset)) return false;
   const std::uint8_t marker = data_[offset];
@@ -346,9 +426,9 @@ bool Reader::ReadContainer(std::uint64_t ref, std::size_t offset, int depth, Val
   if (!ReadCount(offset, ref_size_ * (dictionary ? 2 : 1), &start, &count)) return false;
   open_[static_cast<std::size_t>(ref)] = true;
   if (dictionary) {
-    Dictionary entries;
-    entries.reserve(count);
+    Dictionary entries = arena_.Make(count);
     const std::size_t values = start + count * ref_size_;
+    Prefetch(values, count);
     // The streamed array of the top dictionary: its reference and where it was named, once
     // the key is met. A repeated key keeps its last value, which is the one streamed.
     const bool streaming = stream_ != nullptr && depth == 0;
@@ -357,15 +437,22 @@ bool Reader::ReadContainer(std::uint64_t ref, std::size_t offset, int depth, Val
     std::size_t streamed_index = 0;
     for (std::size_t i = 0; i < count; ++i) {
       const std::size_t key_at = start + i * ref_size_;
-      std::size_t key_offset = 0;
-      if (!Locate(RefAt(key_at), key_at, &key_offset)) return false;
-      const std::uint8_t key_kind = data_[key_offset] >> 4;
-      if (key_kind != kAsciiString && key_kind != kUtf16String) {
-        return Fail("dictionary key at " + std::to_string(key_offset) + " is not a string",
-                    key_offset);
+      const std::uint64_t key_ref = RefAt(key_at);
+      CachedKey& cached = keys_[static_cast<std::size_t>(key_ref) & (keys_.size() - 1)];
+      if (cached.ref != key_ref) {
+        std::size_t key_offset = 0;
+        if (!Locate(key_ref, key_at, &key_offset)) return false;
+        const std::uint8_t key_kind = data_[key_offset] >> 4;
+        if (key_kind != kAsciiString && key_kind != kUtf16String) {
+          return Fail("dictionary key at " + std::to_string(key_offset) + " is not a string",
+                      key_offset);
+        }
+        std::string text;
+        if (!ReadString(key_offset, &text)) return false;
+        cached.key = Key(text);
+        cached.ref = key_ref;
       }
-      std::string key;
-      if (!ReadString(key_offset, &key)) return false;
+      const Key& key = cached.key;
       const std::size_t value_at = values + i * ref_size_;
       if (streaming && key == stream_->key) {
         // An earlier value of the key is read as usual, for its errors.
@@ -376,10 +463,10 @@ bool Reader::ReadContainer(std::uint64_t ref, std::size_t offset, int depth, Val
         streamed_ref = RefAt(value_at);
         streamed_at = value_at;
         streamed_index = entries.size();
-        entries.append(std::move(key), Array());
+        entries.append(key, Array());
         continue;
       }
-      entries.append(std::move(key), Value());
+      entries.append(key, Value());
       if (!ReadObject(RefAt(value_at), value_at, depth + 1, &std::prev(entries.end())->second)) {
         return false;
       }
@@ -676,7 +763,7 @@ class Writer {
   // Texts repeat (every dictionary of a list has the same keys; payees recur): a small cache
   // of recent texts answers most of them without probing the large table, whose slots and
   // objects lie far apart in memory.
-  std::uint32_t AddString(const std::string& text) {
+  std::uint32_t AddString(std::string_view text) {
     const std::size_t size = text.size();
     std::uint64_t head = 0;
     std::memcpy(&head, text.data(), std::min<std::size_t>(size, 8));

@@ -11,6 +11,7 @@ namespace {
 constexpr int MADV_POPULATE_WRITE = 23;  // Linux 5.14; older kernels refuse it harmlessly
 #endif
 
+constexpr std::size_t kPage = 4096;
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
 // Below this, a mapping of its own costs more than it saves.
 constexpr std::size_t kMappedFrom = std::size_t{4} << 20;
@@ -28,8 +29,8 @@ void* AllocateBulk(std::size_t bytes, bool populate) {
   if (bytes < kMappedFrom) return ::operator new(bytes);
   const std::size_t size = RoundUp(bytes, kHugePage);
   // Over-map by one huge page so that the block can start on a huge-page boundary.
-  void* mapped = mmap(nullptr, size + kHugePage, PROT_READ | PROT_WRITE,
-                      MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  void* mapped =
+      mmap(nullptr, size + kHugePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (mapped == MAP_FAILED) throw std::bad_alloc();
   const auto start = reinterpret_cast<std::uintptr_t>(mapped);
   const std::uintptr_t aligned = RoundUp(start, kHugePage);
@@ -49,6 +50,14 @@ void FreeBulk(void* block, std::size_t bytes) noexcept {
     return;
   }
   munmap(block, RoundUp(bytes, kHugePage));
+}
+
+void DiscardUnused(void* block, std::size_t bytes, std::size_t used) noexcept {
+  if (bytes < kMappedFrom) return;
+  const auto begin = reinterpret_cast<std::uintptr_t>(block);
+  const std::uintptr_t start = RoundUp(begin + used, kPage);
+  const std::uintptr_t end = begin + RoundUp(bytes, kHugePage);
+  if (end > start) madvise(reinterpret_cast<void*>(start), end - start, MADV_DONTNEED);
 }
 
 void PrepareForFill(void* begin, std::size_t bytes) noexcept {

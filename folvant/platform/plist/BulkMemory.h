@@ -13,6 +13,9 @@ namespace folvant::plist {
 void* AllocateBulk(std::size_t bytes, bool populate);
 // Frees a block of AllocateBulk; `bytes` must be the size it was allocated with.
 void FreeBulk(void* block, std::size_t bytes) noexcept;
+// Gives the system back the pages of a block of AllocateBulk (of `bytes`) that lie past its
+// first `used` bytes, which will not be touched again. Does nothing for small blocks.
+void DiscardUnused(void* block, std::size_t bytes, std::size_t used) noexcept;
 // Asks for huge pages and makes present the whole pages inside [begin, begin + bytes) of
 // memory allocated elsewhere that is about to be filled (a large std::string). Does nothing
 // for small ranges; a hint only, never fails.

@@ -7,12 +7,15 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <iterator>
 #include <limits>
 #include <optional>
 #include <pugixml.hpp>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace folvant::plist {
 namespace {
@@ -286,7 +289,8 @@ void AppendUtf8(std::string& out, std::uint32_t c) {
 // so that a large file does not need memory for both at once.
 class Reader {
  public:
-  Reader(const char* begin, std::size_t size) : begin_(begin), size_(size) {}
+  Reader(const char* begin, std::size_t size)
+      : begin_(begin), size_(size), strings_(size < kSharedFrom ? 1 : 4096) {}
 
   bool ReadDocument(pugi::xml_document& document, Value* out);
   const ReadError& error() const { return error_; }
@@ -316,10 +320,27 @@ class Reader {
   bool AppendDecoded(const char* text, std::string* out);
   bool ExpectNoContent(pugi::xml_node node);
 
+  // A string value equal to one read shortly before shares its text.
+  Value SharedString(std::string text);
+
+  // Documents smaller than this keep a text of its own for every string.
+  static constexpr std::size_t kSharedFrom = std::size_t{1} << 20;
+
   const char* begin_;
   std::size_t size_;
+  std::vector<Value> strings_;  // direct-mapped by the hash of the text
   ReadError error_;
 };
+
+Value Reader::SharedString(std::string text) {
+  Value& cached = strings_[std::hash<std::string>{}(text) & (strings_.size() - 1)];
+  if (const std::string* seen = std::as_const(cached).asString();
+      seen != nullptr && *seen == text) {
+    return cached;
+  }
+  cached = Value(std::move(text));
+  return cached;
+}
 
 bool Reader::ReadDocument(pugi::xml_document& document, Value* out) {
   pugi::xml_node root;
@@ -441,7 +462,7 @@ bool Reader::ReadValue(pugi::xml_node node, int depth, Value* out) {
   if (name == "string") {
     std::string text;
     if (!Text(node, &text)) return false;
-    *out = Value(std::move(text));
+    *out = SharedString(std::move(text));
     return true;
   }
   if (name == "dict") return ReadDictionary(node, depth, out);
