@@ -244,6 +244,7 @@ void ZELMAccountEntry::ReadEntryKeys(const plist::Dictionary& dict) {
   if (const plist::Value* v = keys.values[kSplitLineItems]) {
     if (const plist::Array* items = v->asArray()) {
       splitLineItems_.clear();
+      splitTotal_.Forget();
       splitLineItems_.reserve(items->size());
       for (const plist::Value& item : *items) {
         if (const plist::Dictionary* d = item.asDictionary()) {
@@ -357,6 +358,7 @@ void ZELMAccountEntry::syncToEntry(ZELMAccountEntry& counterpart) const {
     items.push_back(std::move(item));
   }
   t.splitLineItems_ = std::move(items);
+  t.splitTotal_.Forget();
 }
 
 // ---- Setters ----
@@ -412,7 +414,9 @@ void ZELMAccountEntry::SetNotes(std::optional<std::string_view> notes) {
 // ---- Split line items ----
 
 void ZELMAccountEntry::addSplitLineItem(std::shared_ptr<ZELMAccountEntrySplitLineItem> item) {
-  if (item != nullptr) splitLineItems_.push_back(std::move(item));
+  if (item == nullptr) return;
+  splitLineItems_.push_back(std::move(item));
+  splitTotal_.Forget();
 }
 
 void ZELMAccountEntry::addSplitLineItemWithCategory(std::int32_t category,
@@ -421,6 +425,7 @@ void ZELMAccountEntry::addSplitLineItemWithCategory(std::int32_t category,
                                                     double amount) {
   splitLineItems_.push_back(std::make_shared<ZELMAccountEntrySplitLineItem>(
       category, description, toFrom, amount, amount));
+  splitTotal_.Forget();
 }
 
 void ZELMAccountEntry::insertSplitLineItem(std::shared_ptr<ZELMAccountEntrySplitLineItem> item,
@@ -429,20 +434,27 @@ void ZELMAccountEntry::insertSplitLineItem(std::shared_ptr<ZELMAccountEntrySplit
     return;
   }
   splitLineItems_.insert(splitLineItems_.begin() + index, std::move(item));
+  splitTotal_.Forget();
 }
 
 void ZELMAccountEntry::removeSplitLineItemAtIndex(std::int32_t index) {
   if (index < 0 || static_cast<std::size_t>(index) >= splitLineItems_.size()) return;
   splitLineItems_.erase(splitLineItems_.begin() + index);
+  splitTotal_.Forget();
 }
 
 void ZELMAccountEntry::removeSplitLineItem(const ZELMAccountEntrySplitLineItem* item) {
   std::erase_if(splitLineItems_, [item](const auto& held) { return held.get() == item; });
+  splitTotal_.Forget();
 }
 
 double ZELMAccountEntry::splitTotal() const {
+  if (const std::optional<double> kept = splitTotal_.Get()) return *kept;
+  // Counted before the sum: a change made meanwhile makes this total stale at once.
+  const std::uint64_t at = detail::lineItemAmountChanges.load(std::memory_order_relaxed);
   double total = 0.0;
   for (const auto& item : splitLineItems_) total += item->amount();
+  splitTotal_.Keep(total, at);
   return total;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -157,7 +158,10 @@ class ZELMAccountEntry {
   void removeSplitLineItemAtIndex(std::int32_t index);
   // Removes every occurrence of this item; ignored when it is not in the list.
   void removeSplitLineItem(const ZELMAccountEntrySplitLineItem* item);
-  void removeAllSplitLineItems() { splitLineItems_.clear(); }
+  void removeAllSplitLineItems() {
+    splitLineItems_.clear();
+    splitTotal_.Forget();
+  }
   // The sum of the items' amounts (0.0 without items).
   double splitTotal() const;
 
@@ -223,6 +227,37 @@ class ZELMAccountEntry {
   std::string description_;
   std::string toFrom_;
   std::string notes_;
+
+  // The total of the line items, kept while no line item anywhere changes its amount and
+  // this entry's list stays as it is: a balance over a large register then need not visit
+  // every item of every split entry. Copies start without one.
+  class SplitTotal {
+   public:
+    SplitTotal() = default;
+    SplitTotal(const SplitTotal&) {}
+    SplitTotal& operator=(const SplitTotal&) {
+      Forget();
+      return *this;
+    }
+    // The total kept for the current count of changes, if any.
+    std::optional<double> Get() const {
+      if (at_.load(std::memory_order_acquire) !=
+          detail::lineItemAmountChanges.load(std::memory_order_relaxed)) {
+        return std::nullopt;
+      }
+      return total_.load(std::memory_order_relaxed);
+    }
+    void Keep(double total, std::uint64_t at) const {
+      total_.store(total, std::memory_order_relaxed);
+      at_.store(at, std::memory_order_release);
+    }
+    void Forget() { at_.store(0, std::memory_order_relaxed); }
+
+   private:
+    mutable std::atomic<double> total_{0.0};
+    mutable std::atomic<std::uint64_t> at_{0};  // 0: nothing kept
+  };
+  SplitTotal splitTotal_;
 
  protected:
   // Reads the entry's own keys in stored order ("date", "number", "checkNumber", "entryFlags",

@@ -5,7 +5,7 @@ namespace folvant {
 ZELMAccountEntrySplitLineItem::ZELMAccountEntrySplitLineItem(
     std::int32_t category, std::optional<std::string_view> description,
     std::optional<std::string_view> toFrom, double amount, double exchangedAmount)
-    : category_(category), amount_(amount), exchangedAmount_(exchangedAmount) {
+    : amount_(amount), exchangedAmount_(exchangedAmount), category_(category) {
   setDescription(description);
   setToFrom(toFrom);
 }
@@ -31,7 +31,7 @@ plist::Dictionary ZELMAccountEntrySplitLineItem::asDictionary() const {
   dict.append("category", category_);
   dict.append("toFrom", toFrom_);
   dict.append("description", description_);
-  dict.append("amount", amount_);
+  dict.append("amount", amount());
   dict.append("exchangedAmount", exchangedAmount_);
   return dict;
 }

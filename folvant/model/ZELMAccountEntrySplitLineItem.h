@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -8,6 +9,29 @@
 #include "folvant/platform/plist/Value.h"
 
 namespace folvant {
+
+namespace detail {
+// Counts the changes made to the amount of any line item, so that an entry can keep the
+// total of its items for as long as none of them changes.
+inline std::atomic<std::uint64_t> lineItemAmountChanges{1};
+
+// A line item's amount: assigning it (setAmount, or assigning a whole item) counts a change.
+class LineItemAmount {
+ public:
+  LineItemAmount(double value = 0.0) : value_(value) {}  // NOLINT: implicit by design
+  LineItemAmount(const LineItemAmount&) = default;
+  LineItemAmount& operator=(const LineItemAmount& other) { return *this = other.value_; }
+  LineItemAmount& operator=(double value) {
+    value_ = value;
+    lineItemAmountChanges.fetch_add(1, std::memory_order_relaxed);
+    return *this;
+  }
+  operator double() const { return value_; }  // NOLINT: implicit by design
+
+ private:
+  double value_;
+};
+}  // namespace detail
 
 // One part of a split entry: its own category, payee or payer, memo and amount, and the same
 // amount in the currency of a transfer's other account. Owned by its entry's line-item list
@@ -38,11 +62,12 @@ class ZELMAccountEntrySplitLineItem {
   void setExchangedAmount(double amount) { exchangedAmount_ = amount; }
 
  private:
+  // The amount first: a balance over a large register reads only that.
+  detail::LineItemAmount amount_;
+  double exchangedAmount_ = 0.0;
   std::int32_t category_ = -1;
   std::string toFrom_;
   std::string description_;
-  double amount_ = 0.0;
-  double exchangedAmount_ = 0.0;
 };
 
 }  // namespace folvant

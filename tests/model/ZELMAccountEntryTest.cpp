@@ -176,6 +176,31 @@ TEST(ZELMAccountEntry, LineItemsAndTheSplitTotal) {
   EXPECT_EQ(e.splitLineItems().front()->category(), 4);
 }
 
+// The entry keeps its split total between calls; every way of changing an item or the list
+// must show in the next one.
+TEST(ZELMAccountEntry, TheSplitTotalFollowsEveryChange) {
+  ZELMAccountEntry e, other;
+  auto shared = std::make_shared<ZELMAccountEntrySplitLineItem>(1, "", "", 2.0, 2.0);
+  e.addSplitLineItemWithCategory(3, "Food", std::nullopt, 10.00);
+  e.addSplitLineItem(shared);
+  other.addSplitLineItem(shared);
+  EXPECT_EQ(e.GetAmount(), 12.0);
+  EXPECT_EQ(other.GetAmount(), 2.0);
+  shared->setAmount(4.0);  // one item in two entries
+  EXPECT_EQ(e.GetAmount(), 14.0);
+  EXPECT_EQ(other.GetAmount(), 4.0);
+  *e.splitLineItems().front() = ZELMAccountEntrySplitLineItem(3, "", "", 1.0, 1.0);
+  EXPECT_EQ(e.GetAmount(), 5.0);
+  e.removeSplitLineItemAtIndex(0);
+  EXPECT_EQ(e.GetAmount(), 4.0);
+  const ZELMAccountEntry copy(e);
+  shared->setAmount(7.0);
+  EXPECT_EQ(copy.GetAmount(), 4.0);  // a copy has items of its own
+  EXPECT_EQ(e.GetAmount(), 7.0);
+  e.removeAllSplitLineItems();
+  EXPECT_EQ(e.GetAmount(), 0.0);  // the entry's own amount again
+}
+
 // ---- Comparators ----
 
 // Two accounts with the default types and the categories Auto (1) > Fuel (2) and Food (3).
