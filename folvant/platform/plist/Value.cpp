@@ -300,6 +300,7 @@ void Dictionary::clear() {
 
 Key::Key(std::string_view text) {
   if (text.size() <= kInside) {
+    std::memset(bytes_, 0, sizeof bytes_);  // two keys inside compare as their 16 bytes
     std::memcpy(bytes_, text.data(), text.size());
     bytes_[kTag] = static_cast<char>(text.size());
     return;

@@ -93,14 +93,14 @@ struct Chunk {
 // ones on the heap. Sixteen bytes, half of a std::string, which makes a dictionary entry 32.
 class Key {
  public:
-  Key() noexcept { bytes_[kTag] = 0; }
+  Key() noexcept { std::memset(bytes_, 0, sizeof bytes_); }
   Key(std::string_view text);  // NOLINT: implicit by design, as std::string is
   Key(const char* text) : Key(std::string_view(text)) {}
   Key(const std::string& text) : Key(std::string_view(text)) {}
   Key(const Key& other) : Key(other.view()) {}
   Key(Key&& other) noexcept {
     std::memcpy(bytes_, other.bytes_, sizeof bytes_);
-    other.bytes_[kTag] = 0;
+    std::memset(other.bytes_, 0, sizeof other.bytes_);
   }
   Key& operator=(const Key& other) {
     if (this != &other) *this = Key(other);
@@ -110,7 +110,7 @@ class Key {
     if (this != &other) {
       Release();
       std::memcpy(bytes_, other.bytes_, sizeof bytes_);
-      other.bytes_[kTag] = 0;
+      std::memset(other.bytes_, 0, sizeof other.bytes_);
     }
     return *this;
   }
@@ -130,7 +130,10 @@ class Key {
   std::size_t size() const { return view().size(); }
   bool empty() const { return bytes_[kTag] == 0; }
 
-  friend bool operator==(const Key& a, const Key& b) { return a.view() == b.view(); }
+  friend bool operator==(const Key& a, const Key& b) {
+    if (a.inside() && b.inside()) return std::memcmp(a.bytes_, b.bytes_, sizeof a.bytes_) == 0;
+    return a.view() == b.view();
+  }
   friend bool operator==(const Key& a, std::string_view b) { return a.view() == b; }
   friend bool operator==(const Key& a, const char* b) { return a.view() == b; }
   friend auto operator<=>(const Key& a, const Key& b) { return a.view() <=> b.view(); }
@@ -140,6 +143,7 @@ class Key {
   static constexpr std::size_t kTag = 15;
   static constexpr unsigned char kLarge = 0xFF;
   static constexpr std::size_t kInside = 15;
+  bool inside() const { return static_cast<unsigned char>(bytes_[kTag]) != kLarge; }
   void Release() noexcept {
     if (static_cast<unsigned char>(bytes_[kTag]) != kLarge) return;
     char* text = nullptr;
