@@ -311,15 +311,11 @@ TEST(ZELMAccountEntryComparators, OrderTheRegisterAndTheirTwinsReverseIt) {
   const std::vector<EntryPtr> entries = t.Register();
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
-    for (std::size_t i = 0; i < row.order.size(); ++i) {
-      for (std::size_t j = 0; j < row.order.size(); ++j) {
-        const ZELMAccountEntry& a = *entries[row.order[i] - 1];
-        const ZELMAccountEntry& b = *entries[row.order[j] - 1];
-        const int expected = i < j ? -1 : i > j ? 1 : 0;
-        EXPECT_EQ((a.*row.forward)(b), expected) << row.order[i] << " vs " << row.order[j];
-        EXPECT_EQ((a.*row.reversed)(b), -expected) << row.order[i] << " vs " << row.order[j];
-      }
-    }
+    std::vector<const ZELMAccountEntry*> ordered;
+    for (const std::size_t number : row.order) ordered.push_back(entries[number - 1].get());
+    folvant::testing::ExpectOrder(
+        ordered, [&row](const auto& a, const auto& b) { return (a.*row.forward)(b); },
+        [&row](const auto& a, const auto& b) { return (a.*row.reversed)(b); });
   }
 }
 

@@ -205,13 +205,14 @@ TEST(ZELMAccountSchedule, SortsByNextDateWithoutOneLastThenByNumber) {
       Schedule(1, 20080101, schedule::kRepeatOnce),     // no next date
       Schedule(5, 20080101, 7),                         // unknown kind: no next date
   };
-  for (std::size_t i = 0; i < ordered.size(); ++i) {
-    for (std::size_t j = 0; j < ordered.size(); ++j) {
-      const int expected = i < j ? -1 : i > j ? 1 : 0;
-      EXPECT_EQ(ordered[i]->NextEntryDateIsGreaterThan(*ordered[j]), expected) << i << " " << j;
-      EXPECT_EQ(ordered[i]->NextEntryDateIsGreaterThan_Reversed(*ordered[j]), -expected);
-    }
-  }
+  folvant::testing::ExpectOrder(
+      ordered,
+      [](const ZELMAccountSchedule& a, const ZELMAccountSchedule& b) {
+        return a.NextEntryDateIsGreaterThan(b);
+      },
+      [](const ZELMAccountSchedule& a, const ZELMAccountSchedule& b) {
+        return a.NextEntryDateIsGreaterThan_Reversed(b);
+      });
 }
 
 // ---- Schedules of an account ------------------------------------------------------------

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <chrono>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -38,6 +41,19 @@ class ScopedSettingsPin {
  private:
   platform::UserSettings previous_;
 };
+
+// Checks that `compare(a, b)` gives -1, 0 or 1 for every pair of `ordered` as their positions
+// say, and that the reversed twin gives exactly the opposite. `ordered` holds pointers.
+template <typename Pointer, typename Compare, typename Reversed>
+void ExpectOrder(const std::vector<Pointer>& ordered, Compare compare, Reversed reversed) {
+  for (std::size_t i = 0; i < ordered.size(); ++i) {
+    for (std::size_t j = 0; j < ordered.size(); ++j) {
+      const int expected = i < j ? -1 : i > j ? 1 : 0;
+      EXPECT_EQ(compare(*ordered[i], *ordered[j]), expected) << "positions " << i << ", " << j;
+      EXPECT_EQ(reversed(*ordered[i], *ordered[j]), -expected) << "positions " << i << ", " << j;
+    }
+  }
+}
 
 // Reads a whole file as bytes; fails the current test when it cannot.
 std::string ReadFileBytes(const std::string& path);

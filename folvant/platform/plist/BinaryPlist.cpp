@@ -111,28 +111,6 @@ class Reader {
   // After the top dictionary is read with an empty array under the streamed key: hands the
   // array object `ref` (named at `from`) to the stream's sink, or reads it into `slot`.
   bool StreamMembers(std::uint64_t ref, std::size_t from, Dictionary& top, Value* slot);
-  // Starts fetching the objects named by the `count` references at `position` that are not
-  // cached: their offsets first, then the objects, so that their cache misses overlap.
-  void Prefetch(std::size_t position, std::size_t count) const {
-    count = std::min<std::size_t>(count, 32);
-    const auto wanted = [this](std::uint64_t ref) {
-      return ref < object_count_ &&
-             scalars_[static_cast<std::size_t>(ref) & (scalars_.size() - 1)].ref != ref;
-    };
-    for (std::size_t i = 0; i < count; ++i) {
-      const std::uint64_t ref = RefAt(position + i * ref_size_);
-      if (wanted(ref)) {
-        __builtin_prefetch(data_ + table_offset_ + static_cast<std::size_t>(ref) * offset_size_);
-      }
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-      const std::uint64_t ref = RefAt(position + i * ref_size_);
-      if (!wanted(ref)) continue;
-      const std::uint64_t offset = ReadBigEndian(
-          data_ + table_offset_ + static_cast<std::size_t>(ref) * offset_size_, offset_size_);
-      if (offset < limit_) __builtin_prefetch(data_ + offset);
-    }
-  }
   std::uint64_t RefAt(std::size_t position) const {
     return ReadBigEndian(data_ + position, ref_size_);
   }
@@ -428,7 +406,6 @@ bool Reader::ReadContainer(std::uint64_t ref, std::size_t offset, int depth, Val
   if (dictionary) {
     Dictionary entries = arena_.Make(count);
     const std::size_t values = start + count * ref_size_;
-    Prefetch(values, count);
     // The streamed array of the top dictionary: its reference and where it was named, once
     // the key is met. A repeated key keeps its last value, which is the one streamed.
     const bool streaming = stream_ != nullptr && depth == 0;
