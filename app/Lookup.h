@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/Book.h"
+#include "folvant/book/Book.h"
 #include "app/Program.h"
 #include "folvant/platform/Text.h"
 

@@ -1,19 +1,37 @@
 #include "app/Output.h"
 
-#include <charconv>
-#include <chrono>
+#include <cstdlib>
 #include <cstdio>
 #include <ostream>
 
+#include "folvant/platform/CivilDate.h"
 #include "folvant/values/LVCurrency.h"
 #include "folvant/values/ZELMNumberFormatter.h"
 #include "folvant/values/ZELMUtilities.h"
 
 namespace folvant::app {
 
+std::filesystem::path LocateBook(std::string_view option) {
+  if (!option.empty()) return std::filesystem::path(option);
+  if (const char* env = std::getenv("FOLVANT_BOOK"); env != nullptr && *env != '\0') {
+    return std::filesystem::path(env);
+  }
+  std::filesystem::path data;
+  if (const char* xdg = std::getenv("XDG_DATA_HOME"); xdg != nullptr && *xdg != '\0') {
+    data = xdg;
+  } else if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') {
+    data = std::filesystem::path(home) / ".local" / "share";
+  } else {
+    data = ".";
+  }
+  return data / "folvant" / "book";
+}
+
 std::unique_ptr<Book> OpenBook(Context& context) {
   std::string error;
-  auto book = Book::Open(Book::Locate(context.book), error);
+  const char* password = std::getenv("FOLVANT_PASSWORD");
+  auto book = Book::Open(LocateBook(context.book), error,
+                         password ? std::optional<std::string>(password) : std::nullopt);
   if (!book) Fail(context, error);
   return book;
 }
@@ -30,27 +48,10 @@ int Fail(Context& context, std::string_view message) {
   return 1;
 }
 
-std::string FormatDateNumber(std::int32_t date) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%04d-%02d-%02d", date / 10000, date / 100 % 100, date % 100);
-  return text;
-}
+std::string FormatDateNumber(std::int32_t date) { return platform::FormatIsoDate(date); }
 
 bool ParseDateNumber(std::string_view text, std::int32_t& date) {
-  std::string digits;
-  for (char c : text) {
-    if (c != '-') digits.push_back(c);
-  }
-  if (digits.size() != 8) return false;
-  int value = 0;
-  const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-  if (result.ec != std::errc() || result.ptr != digits.data() + digits.size()) return false;
-  using namespace std::chrono;
-  const year_month_day ymd{year{value / 10000}, month{static_cast<unsigned>(value / 100 % 100)},
-                           day{static_cast<unsigned>(value % 100)}};
-  if (!ymd.ok()) return false;
-  date = value;
-  return true;
+  return platform::ParseIsoDate(text, date);
 }
 
 std::string JsonString(std::string_view text) {

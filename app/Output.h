@@ -1,11 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
 
-#include "app/Book.h"
+#include "folvant/book/Book.h"
 #include "app/Program.h"
 
 namespace folvant {
@@ -14,6 +15,9 @@ class LVCurrency;
 
 namespace folvant::app {
 
+// Where the book is: --book, else $FOLVANT_BOOK, else $XDG_DATA_HOME/folvant/book (with
+// ~/.local/share as the default data directory).
+std::filesystem::path LocateBook(std::string_view option);
 // Opens the book named by the global options; on failure prints one line and returns nullptr.
 std::unique_ptr<Book> OpenBook(Context& context);
 // Saves the book; on failure prints one line and returns false.

@@ -1,5 +1,6 @@
 # Fails when a file of one subsystem includes a header of a subsystem above it.
-set(_layers platform kit values model filters summaries exchange ui)
+# LAYERS: the subsystems from the bottom up, as the top-level CMakeLists.txt lists them.
+set(_layers ${LAYERS})
 set(_failures "")
 list(LENGTH _layers _count)
 math(EXPR _last "${_count} - 1")

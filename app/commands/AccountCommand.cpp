@@ -1,7 +1,7 @@
 #include <iomanip>
 #include <ostream>
 
-#include "app/Book.h"
+#include "folvant/book/Book.h"
 #include "app/Output.h"
 #include "app/commands/Commands.h"
 #include "folvant/model/ZELMAccount.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "app/Book.h"
+#include "folvant/book/Book.h"
 #include "app/Lookup.h"
 #include "app/Output.h"
 #include "app/commands/Commands.h"

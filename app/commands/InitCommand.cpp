@@ -1,6 +1,6 @@
 #include <ostream>
 
-#include "app/Book.h"
+#include "folvant/book/Book.h"
 #include "app/Output.h"
 #include "app/commands/Commands.h"
 
@@ -11,7 +11,7 @@ void RegisterInitCommand(CLI::App& app, Context& context, CommandList& actions) 
   CLI::App* init = app.add_subcommand("init", "Create a new, empty book");
   init->add_option("DIR", *directory, "Folder of the new book (default: --book or $FOLVANT_BOOK)");
   actions.emplace_back(init, [&context, directory]() {
-    const auto path = Book::Locate(directory->empty() ? context.book : *directory);
+    const auto path = LocateBook(directory->empty() ? context.book : *directory);
     std::string error;
     auto book = Book::Create(path, error);
     if (!book) return Fail(context, error);

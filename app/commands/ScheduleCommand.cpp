@@ -6,7 +6,7 @@
 #include <ostream>
 #include <sstream>
 
-#include "app/Book.h"
+#include "folvant/book/Book.h"
 #include "app/Lookup.h"
 #include "app/Output.h"
 #include "app/commands/Commands.h"

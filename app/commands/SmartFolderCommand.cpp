@@ -2,8 +2,8 @@
 #include <string>
 #include <vector>
 
-#include "app/Book.h"
-#include "app/ConditionSyntax.h"
+#include "folvant/book/Book.h"
+#include "folvant/filters/ConditionSyntax.h"
 #include "app/Lookup.h"
 #include "app/Output.h"
 #include "app/commands/Commands.h"

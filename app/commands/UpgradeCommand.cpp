@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "app/Output.h"
-#include "app/SafeFile.h"
+#include "folvant/platform/SafeFileBatch.h"
 #include "app/commands/Commands.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountUpgrade.h"
@@ -132,7 +132,7 @@ bool UpgradeFile(Context& context, const std::string& file, bool verbose) {
   const ZELMAccount account(dict);
   const std::vector<std::string> load_messages = log.Take();
 
-  SafeFileBatch batch;
+  platform::SafeFileBatch batch;
   if (!batch.Stage(path, plist::Write(*value, *format), error) || !batch.Commit(error)) {
     Fail(context, file + ": " + error);
     return false;

@@ -14,7 +14,7 @@
 #include <map>
 #include <string>
 
-#include "app/Book.h"
+#include "folvant/book/Book.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntry.h"
 #include "folvant/model/ZELMAccountEntryCategory.h"

@@ -1,4 +1,4 @@
-#include "app/SafeFile.h"
+#include "folvant/platform/SafeFileBatch.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -7,7 +7,7 @@
 #include <cstring>
 #include <system_error>
 
-namespace folvant::app {
+namespace folvant::platform {
 namespace {
 
 std::string Describe(const std::filesystem::path& path, int error_number) {
@@ -81,4 +81,4 @@ bool SafeFileBatch::Commit(std::string& error) {
   return true;
 }
 
-}  // namespace folvant::app
+}  // namespace folvant::platform

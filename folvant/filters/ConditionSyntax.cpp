@@ -1,4 +1,4 @@
-#include "app/ConditionSyntax.h"
+#include "folvant/filters/ConditionSyntax.h"
 
 #include <array>
 #include <charconv>
@@ -7,11 +7,11 @@
 #include <optional>
 #include <vector>
 
-#include "app/Output.h"
+#include "folvant/platform/CivilDate.h"
 #include "folvant/filters/ZELMFilterCondition.h"
 #include "folvant/platform/plist/Value.h"
 
-namespace folvant::app {
+namespace folvant {
 namespace {
 
 using Condition = ZELMFilterCondition;
@@ -325,7 +325,7 @@ ParseResult ParseBoolean(Words& words, std::string_view field, bool negated, Par
 }
 
 bool ParseDay(std::string_view word, std::int32_t& day, std::string& error) {
-  if (ParseDateNumber(word, day)) return true;
+  if (platform::ParseIsoDate(word, day)) return true;
   error = word.empty() ? std::string("a day (YYYY-MM-DD) is missing")
                        : Quoted(word) + " is not a day (YYYY-MM-DD)";
   return false;
@@ -445,8 +445,8 @@ const Row* RowForQualifier(const Row (&rows)[N], std::int32_t qualifier) {
 
 std::optional<std::string> DayText(std::int32_t day) {
   std::int32_t check = 0;
-  const std::string text = FormatDateNumber(day);
-  if (!ParseDateNumber(text, check) || check != day) return std::nullopt;
+  const std::string text = platform::FormatIsoDate(day);
+  if (!platform::ParseIsoDate(text, check) || check != day) return std::nullopt;
   return text;
 }
 
@@ -571,4 +571,4 @@ std::string FormatCondition(const ZELMFilterCondition& condition) {
   return RawText(condition);
 }
 
-}  // namespace folvant::app
+}  // namespace folvant

@@ -1,9 +1,9 @@
-#include "app/Book.h"
+#include "folvant/book/Book.h"
 
 #include <cstdlib>
 #include <system_error>
 
-#include "app/SafeFile.h"
+#include "folvant/platform/SafeFileBatch.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntryCategory.h"
 #include "folvant/model/ZELMAccountEntryType.h"
@@ -12,7 +12,7 @@
 #include "folvant/platform/Text.h"
 #include "folvant/values/LVCurrency.h"
 
-namespace folvant::app {
+namespace folvant {
 namespace {
 
 constexpr std::int64_t kBookVersion = 1;
@@ -41,22 +41,6 @@ std::string DescribeReadError(const std::filesystem::path& path, const plist::Re
 Book::Book(std::filesystem::path directory) : directory_(std::move(directory)) {}
 Book::~Book() = default;
 
-std::filesystem::path Book::Locate(std::string_view option) {
-  if (!option.empty()) return std::filesystem::path(option);
-  if (const char* env = std::getenv("FOLVANT_BOOK"); env != nullptr && *env != '\0') {
-    return std::filesystem::path(env);
-  }
-  std::filesystem::path data;
-  if (const char* xdg = std::getenv("XDG_DATA_HOME"); xdg != nullptr && *xdg != '\0') {
-    data = xdg;
-  } else if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') {
-    data = std::filesystem::path(home) / ".local" / "share";
-  } else {
-    data = ".";
-  }
-  return data / "folvant" / "book";
-}
-
 std::unique_ptr<Book> Book::Create(const std::filesystem::path& directory, std::string& error) {
   std::error_code ec;
   if (std::filesystem::exists(directory / kBookFileName, ec)) {
@@ -75,13 +59,14 @@ std::unique_ptr<Book> Book::Create(const std::filesystem::path& directory, std::
   return book;
 }
 
-std::unique_ptr<Book> Book::Open(const std::filesystem::path& directory, std::string& error) {
+std::unique_ptr<Book> Book::Open(const std::filesystem::path& directory, std::string& error,
+                                 std::optional<std::string> password) {
   std::unique_ptr<Book> book(new Book(directory));
-  if (!book->Load(error)) return nullptr;
+  if (!book->Load(error, password)) return nullptr;
   return book;
 }
 
-bool Book::Load(std::string& error) {
+bool Book::Load(std::string& error, const std::optional<std::string>& password) {
   const std::filesystem::path path = directory_ / kBookFileName;
   std::error_code ec;
   if (!std::filesystem::exists(path, ec)) {
@@ -152,8 +137,7 @@ bool Book::Load(std::string& error) {
     }
     // An account without a password opens whatever is given; one with a password opens with
     // $FOLVANT_PASSWORD, and otherwise stays locked (its balance shows as zero).
-    const char* password = std::getenv("FOLVANT_PASSWORD");
-    account->Authenticate(password ? std::optional<std::string_view>(password) : std::nullopt);
+    account->Authenticate(password ? std::optional<std::string_view>(*password) : std::nullopt);
     if (account->GetNumber() >= nextAccountNumber_) nextAccountNumber_ = account->GetNumber() + 1;
     accounts_.push_back(std::move(account));
   }
@@ -182,7 +166,7 @@ bool Book::Save(std::string& error, plist::Format format) const {
 
   std::error_code ec;
   std::filesystem::create_directories(directory_ / "accounts", ec);
-  SafeFileBatch batch;
+  platform::SafeFileBatch batch;
   for (const auto& account : accounts_) {
     if (!batch.Stage(AccountPath(account->GetNumber()), AccountFileBytes(*account, format),
                      error)) {
@@ -265,4 +249,4 @@ std::shared_ptr<ZELMAccountEntryCategory> Book::AddCategory(std::string_view nam
   return category;
 }
 
-}  // namespace folvant::app
+}  // namespace folvant

@@ -8,7 +8,7 @@ namespace folvant {
 class ZELMFilterCondition;
 }
 
-namespace folvant::app {
+namespace folvant {
 
 // The command line's words for one filter condition:
 //
@@ -42,4 +42,4 @@ std::shared_ptr<ZELMFilterCondition> ParseCondition(std::string_view text, std::
 // ParseCondition refuses.
 std::string FormatCondition(const ZELMFilterCondition& condition);
 
-}  // namespace folvant::app
+}  // namespace folvant

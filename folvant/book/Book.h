@@ -15,7 +15,7 @@ namespace folvant {
 class ZELMAccount;
 }
 
-namespace folvant::app {
+namespace folvant {
 
 // A book is a folder: the book file "book.plist" holds the shared category tree, the
 // registered currencies (the base currency first) and the list of accounts; each account is
@@ -31,11 +31,8 @@ class Book final : public ZELMAccountsController {
   static std::unique_ptr<Book> Create(const std::filesystem::path& directory, std::string& error);
   // Opens the book in `directory`; on failure returns nullptr and sets `error` to one line
   // naming the file and the problem.
-  static std::unique_ptr<Book> Open(const std::filesystem::path& directory, std::string& error);
-
-  // Where the book is: --book, else $FOLVANT_BOOK, else $XDG_DATA_HOME/folvant/book (with
-  // ~/.local/share as the default data directory).
-  static std::filesystem::path Locate(std::string_view option);
+  static std::unique_ptr<Book> Open(const std::filesystem::path& directory, std::string& error,
+                                    std::optional<std::string> password = std::nullopt);
 
   ~Book() override;
 
@@ -70,7 +67,7 @@ class Book final : public ZELMAccountsController {
  private:
   explicit Book(std::filesystem::path directory);
   std::filesystem::path AccountPath(std::int32_t number) const;
-  bool Load(std::string& error);
+  bool Load(std::string& error, const std::optional<std::string>& password);
 
   std::filesystem::path directory_;
   std::vector<std::shared_ptr<LVCurrency>> currencies_;
@@ -80,4 +77,4 @@ class Book final : public ZELMAccountsController {
   std::int32_t nextAccountNumber_ = 0;
 };
 
-}  // namespace folvant::app
+}  // namespace folvant

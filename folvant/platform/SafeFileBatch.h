@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace folvant::app {
+namespace folvant::platform {
 
 // Writes files so that a failure never leaves a half-written or missing file: each new file
 // is written beside the old one and flushed to disk, and only when every file of the batch is
@@ -30,4 +30,4 @@ class SafeFileBatch {
   std::vector<Staged> staged_;
 };
 
-}  // namespace folvant::app
+}  // namespace folvant::platform

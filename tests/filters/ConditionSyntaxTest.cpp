@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "app/ConditionSyntax.h"
+#include "folvant/filters/ConditionSyntax.h"
 #include "folvant/filters/ZELMFilterCondition.h"
 #include "folvant/platform/plist/Value.h"
 
-namespace folvant::app {
+namespace folvant {
 namespace {
 
 struct Row {
@@ -182,4 +182,4 @@ TEST(ConditionSyntax, ConditionsTheWordsCannotSayAreWrittenRawAndNotReadBack) {
 }
 
 }  // namespace
-}  // namespace folvant::app
+}  // namespace folvant
