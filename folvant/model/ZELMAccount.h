@@ -136,8 +136,12 @@ class ZELMAccount {
   EntryList GetDeposits() const;
 
   // ---- Numbering ----
-  // Raises the counter and returns it: numbers are never reused.
-  std::int32_t NextAvailableNumber() { return ++numberCount_; }
+  // Raises the counter and returns it: numbers are never reused. A counter loaded at 2147483647
+  // wraps to -2147483648, as the stored 32-bit number would, rather than overflowing.
+  std::int32_t NextAvailableNumber() {
+    numberCount_ = static_cast<std::int32_t>(static_cast<std::uint32_t>(numberCount_) + 1);
+    return numberCount_;
+  }
   std::int32_t GetNumberCount() const { return numberCount_; }
   void SetNumberCount(std::int32_t count) { numberCount_ = count; }
   std::int32_t GetStartingCheckNumber() const { return startingCheckNumber_; }

@@ -18,6 +18,11 @@ namespace {
 using platform::ThreeWay;
 using Comparator = int (ZELMAccountEntry::*)(const ZELMAccountEntry&) const;
 
+// n + 1 in wrapping 32-bit arithmetic (see NextAvailableCheckNumber).
+std::int32_t NumberAfter(std::int32_t n) {
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(n) + 1);
+}
+
 // The receiving side of a transfer takes its check number from the sending account, so it
 // never counts in this account's check numbering.
 bool IsLinkedDeposit(const ZELMAccountEntry& entry) {
@@ -258,15 +263,18 @@ std::int32_t ZELMAccount::HighestCheckNumber() const {
   return startingCheckNumber_ > highest ? startingCheckNumber_ - 1 : highest;
 }
 
+// Check numbers are read from files as any 32-bit value. The number after 2147483647 wraps to
+// -2147483648, as the stored 32-bit number would (schedule and entry numbers do the same),
+// rather than overflowing.
 std::int32_t ZELMAccount::NextAvailableCheckNumber() const {
   const std::int32_t highest = MaxCheckNumber();
-  return startingCheckNumber_ > highest ? startingCheckNumber_ : highest + 1;
+  return startingCheckNumber_ > highest ? startingCheckNumber_ : NumberAfter(highest);
 }
 
 std::int32_t ZELMAccount::NextAvailableCheckNumberAfterEntry(const ZELMAccountEntry* entry) const {
   const std::int32_t highest = HighestCheckNumber();
-  if (entry == nullptr) return std::max(highest + 1, startingCheckNumber_);
-  if (entry->GetCheckNumber() == highest) return entry->GetCheckNumber() + 1;
+  if (entry == nullptr) return std::max(NumberAfter(highest), startingCheckNumber_);
+  if (entry->GetCheckNumber() == highest) return NumberAfter(highest);
   // Walk the main list in check-number order from the entry, looking for the first gap.
   std::vector<const ZELMAccountEntry*> ordered;
   ordered.reserve(entries_.size());
@@ -280,12 +288,12 @@ std::int32_t ZELMAccount::NextAvailableCheckNumberAfterEntry(const ZELMAccountEn
     for (++at; at != ordered.end(); ++at) {
       const ZELMAccountEntry& check = **at;
       if (!check.IsCheck() || frozen) continue;
-      ++candidate;
+      candidate = NumberAfter(candidate);
       if (check.GetCheckNumber() > candidate) break;
       candidate = check.GetCheckNumber();
     }
   }
-  return candidate == highest ? candidate + 1 : candidate;
+  return candidate == highest ? NumberAfter(candidate) : candidate;
 }
 
 std::int32_t ZELMAccount::NextCheckNumberAfterCheckNumber(std::int32_t number) const {

@@ -4,29 +4,12 @@
 #include <limits>
 #include <optional>
 
-#include "folvant/kit/DaysInMonth.h"
-
 namespace folvant::schedule {
 namespace {
-
-std::int64_t FloorDiv(std::int64_t a, std::int64_t b) {
-  const std::int64_t q = a / b;
-  return (a % b != 0 && (a < 0) != (b < 0)) ? q - 1 : q;
-}
 
 // The smallest k >= 0 with k x step >= distance (step > 0).
 std::int64_t FirstStepAtOrAfter(std::int64_t distance, std::int64_t step) {
   return distance > 0 ? (distance + step - 1) / step : 0;
-}
-
-// Howard Hinnant's days_from_civil, for a valid month and day.
-Day DaysFromValidCivil(std::int64_t y, int m, int d) {
-  y -= m <= 2;
-  const std::int64_t era = (y >= 0 ? y : y - 399) / 400;
-  const std::int64_t yoe = y - era * 400;
-  const std::int64_t doy = (153 * (m > 2 ? m - 3 : m + 9) + 2) / 5 + d - 1;
-  const std::int64_t doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-  return era * 146097 + doe - 719468;
 }
 
 std::int64_t MonthIndex(Day day) {
@@ -234,36 +217,6 @@ std::optional<DueRange> DueRangeFor(const Rule& rule, std::size_t committed_coun
 
 }  // namespace
 
-Day DayFromCivil(std::int64_t year, std::int64_t month, std::int64_t day) {
-  const std::int64_t total = year * 12 + (month - 1);
-  const std::int64_t y = FloorDiv(total, 12);
-  const int m = static_cast<int>(total - y * 12) + 1;
-  return DaysFromValidCivil(y, m, 1) + (day - 1);
-}
-
-CivilDate CivilFromDay(Day day) {
-  const std::int64_t z = day + 719468;
-  const std::int64_t era = (z >= 0 ? z : z - 146096) / 146097;
-  const std::int64_t doe = z - era * 146097;
-  const std::int64_t yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-  const std::int64_t doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-  const std::int64_t mp = (5 * doy + 2) / 153;
-  const int d = static_cast<int>(doy - (153 * mp + 2) / 5 + 1);
-  const int m = static_cast<int>(mp < 10 ? mp + 3 : mp - 9);
-  return CivilDate{yoe + era * 400 + (m <= 2), m, d};
-}
-
-Day DayFromDateNumber(std::int32_t date_number) {
-  return DayFromCivil(date_number / 10000, date_number % 10000 / 100, date_number % 100);
-}
-
-std::int32_t DateNumberFromDay(Day day) {
-  const CivilDate c = CivilFromDay(day);
-  const std::int64_t n = c.year * 10000 + c.month * 100 + c.day;
-  return static_cast<std::int32_t>(std::clamp<std::int64_t>(
-      n, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
-}
-
 Day DayFromLocalTime(platform::LocalTime when) {
   return std::chrono::floor<std::chrono::days>(when).time_since_epoch().count();
 }
@@ -275,12 +228,10 @@ platform::LocalTime LocalTimeFromDay(Day day) {
 Day AddYearsMonthsDays(Day day, std::int64_t years, std::int64_t months, std::int64_t days) {
   const CivilDate c = CivilFromDay(day);
   const std::int64_t total = c.year * 12 + (c.month - 1) + years * 12 + months;
-  const std::int64_t y = FloorDiv(total, 12);
+  const std::int64_t y = platform::FloorDiv(total, 12);
   const int m = static_cast<int>(total - y * 12) + 1;
-  return DaysFromValidCivil(y, m, std::min(c.day, static_cast<int>(DaysInMonth(m, y)))) + days;
+  return DayFromCivil(y, m, std::min(c.day, platform::MonthLength(y, m))) + days;
 }
-
-int Weekday(Day day) { return static_cast<int>((day % 7 + 11) % 7); }
 
 Day LastDayOfQuarter(Day day) {
   const CivilDate c = CivilFromDay(day);

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "folvant/platform/CivilDate.h"
 #include "folvant/platform/Clock.h"
 
 // The pure date rules of scheduled entries: civil-day arithmetic on date numbers, the recurrence
@@ -31,9 +32,14 @@
 // 20081301 is 2009-01-01 and 20080300 is 2008-02-29.
 namespace folvant::schedule {
 
-// A civil day: days since 1970-01-01 in the proleptic Gregorian calendar. 64 bits, so that any
-// date number, however wild, and any multiple of a schedule's step stays representable.
-using Day = std::int64_t;
+// The civil arithmetic is the platform's; these are its names in the schedule code.
+using platform::CivilDate;
+using platform::CivilFromDay;
+using platform::DateNumberFromDay;
+using platform::Day;
+using platform::DayFromCivil;
+using platform::DayFromDateNumber;
+using platform::Weekday;
 
 inline constexpr std::int32_t kRepeatOnce = 0;
 inline constexpr std::int32_t kRepeatDaily = 1;
@@ -54,30 +60,12 @@ inline constexpr std::int32_t kUntilForever = 1;
 inline constexpr std::int32_t kUntilCount = 2;
 inline constexpr std::int32_t kUntilDate = 3;
 
-struct CivilDate {
-  std::int64_t year;
-  int month;  // 1-12
-  int day;    // 1-31
-};
-
-// Lenient: months carry into the year, and day d is the first of the month + (d - 1) days.
-Day DayFromCivil(std::int64_t year, std::int64_t month, std::int64_t day);
-CivilDate CivilFromDay(Day day);
-
-// year x 10000 + month x 100 + day, with the parts taken by truncating division.
-Day DayFromDateNumber(std::int32_t date_number);
-// Saturates at the int32 limits for years no date number can hold.
-std::int32_t DateNumberFromDay(Day day);
-
 // A local date and time (time of day dropped), and back at 00:00.
 Day DayFromLocalTime(platform::LocalTime when);
 platform::LocalTime LocalTimeFromDay(Day day);
 
 // The clamping rule described above.
 Day AddYearsMonthsDays(Day day, std::int64_t years, std::int64_t months, std::int64_t days);
-
-// 0 Sunday, 1 Monday, ... 5 Friday, 6 Saturday.
-int Weekday(Day day);
 
 // The last day of the calendar quarter holding `day` (March 31, June 30, September 30,
 // December 31).

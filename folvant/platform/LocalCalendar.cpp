@@ -18,43 +18,6 @@ constexpr std::int64_t kSecondsPerDay = 86400;
 // 2001-01-01 00:00:00 UTC in seconds since 1970-01-01 00:00:00 UTC.
 constexpr std::int64_t kReferenceDateOffset = 978307200;
 
-std::int64_t FloorDiv(std::int64_t a, std::int64_t b) {
-  const std::int64_t q = a / b;
-  return (a % b != 0 && (a < 0) != (b < 0)) ? q - 1 : q;
-}
-
-// Days since 1970-01-01 of a valid civil day; 64-bit throughout so that any year a date
-// number can hold (and far beyond) works, unlike std::chrono::year.
-std::int64_t DaysFromCivil(std::int64_t y, int m, int d) {
-  y -= m <= 2;
-  const std::int64_t era = FloorDiv(y, 400);
-  const std::int64_t yoe = y - era * 400;
-  const std::int64_t doy = (153 * (m + (m > 2 ? -3 : 9)) + 2) / 5 + d - 1;
-  const std::int64_t doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-  return era * 146097 + doe - 719468;
-}
-
-CivilDay CivilFromDays(std::int64_t z) {
-  z += 719468;
-  const std::int64_t era = FloorDiv(z, 146097);
-  const std::int64_t doe = z - era * 146097;
-  const std::int64_t yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-  const std::int64_t doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-  const std::int64_t mp = (5 * doy + 2) / 153;
-  CivilDay day;
-  day.day = static_cast<int>(doy - (153 * mp + 2) / 5 + 1);
-  day.month = static_cast<int>(mp < 10 ? mp + 3 : mp - 9);
-  day.year = yoe + era * 400 + (day.month <= 2);
-  return day;
-}
-
-bool IsLeap(std::int64_t y) { return y % 4 == 0 && (y % 100 != 0 || y % 400 == 0); }
-
-int MonthLength(std::int64_t y, int m) {
-  static constexpr int kDays[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return (m == 2 && IsLeap(y)) ? 29 : kDays[m - 1];
-}
-
 int ClampToInt(std::int64_t v) {
   if (v > std::numeric_limits<int>::max()) return std::numeric_limits<int>::max();
   if (v < std::numeric_limits<int>::min()) return std::numeric_limits<int>::min();
@@ -67,7 +30,7 @@ std::tm CivilTm(LocalTime time) {
   const std::int64_t total = time.time_since_epoch().count();
   const std::int64_t days = FloorDiv(total, kSecondsPerDay);
   const std::int64_t secs = total - days * kSecondsPerDay;
-  const CivilDay day = CivilFromDays(days);
+  const CivilDate day = CivilFromDay(days);
   std::tm tm{};
   tm.tm_year = ClampToInt(day.year - 1900);
   tm.tm_mon = day.month - 1;
@@ -75,8 +38,8 @@ std::tm CivilTm(LocalTime time) {
   tm.tm_hour = static_cast<int>(secs / 3600);
   tm.tm_min = static_cast<int>(secs / 60 % 60);
   tm.tm_sec = static_cast<int>(secs % 60);
-  tm.tm_wday = static_cast<int>(((days % 7) + 11) % 7);  // 1970-01-01 was a Thursday
-  tm.tm_yday = static_cast<int>(days - DaysFromCivil(day.year, 1, 1));
+  tm.tm_wday = Weekday(days);
+  tm.tm_yday = static_cast<int>(days - DayFromCivil(day.year, 1, 1));
   tm.tm_isdst = -1;
   return tm;
 }
@@ -84,20 +47,16 @@ std::tm CivilTm(LocalTime time) {
 }  // namespace
 
 CivilDay DayOf(LocalTime time) {
-  return CivilFromDays(FloorDiv(time.time_since_epoch().count(), kSecondsPerDay));
+  return CivilFromDay(FloorDiv(time.time_since_epoch().count(), kSecondsPerDay));
 }
 
 int WeekdayOf(LocalTime time) {
-  const std::int64_t days = FloorDiv(time.time_since_epoch().count(), kSecondsPerDay);
-  return static_cast<int>(((days % 7) + 11) % 7);
+  return Weekday(FloorDiv(time.time_since_epoch().count(), kSecondsPerDay));
 }
 
 LocalTime MakeLocalTime(std::int64_t year, std::int64_t month, std::int64_t day, int hour,
                         int minute, int second) {
-  const std::int64_t months = month - 1;
-  year += FloorDiv(months, 12);
-  const int m = static_cast<int>(months - FloorDiv(months, 12) * 12) + 1;
-  const std::int64_t days = DaysFromCivil(year, m, 1) + (day - 1);
+  const Day days = DayFromCivil(year, month, day);
   return LocalTime{seconds{days * kSecondsPerDay + std::int64_t{hour} * 3600 +
                            std::int64_t{minute} * 60 + second}};
 }

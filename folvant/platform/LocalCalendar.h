@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "folvant/platform/CivilDate.h"
 #include "folvant/platform/Clock.h"
 #include "folvant/platform/plist/Value.h"
 
@@ -16,12 +17,7 @@ namespace folvant::platform {
 // happens at the edges (property-list dates, the format upgrade).
 
 // A civil day of the proleptic Gregorian calendar.
-struct CivilDay {
-  std::int64_t year = 1970;
-  int month = 1;  // 1-12
-  int day = 1;    // 1-31
-  bool operator==(const CivilDay&) const = default;
-};
+using CivilDay = CivilDate;
 
 // The year, month and day of a local date-time.
 CivilDay DayOf(LocalTime time);

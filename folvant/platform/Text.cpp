@@ -17,8 +17,6 @@ bool IsAscii(std::string_view text) {
   return true;
 }
 
-char AsciiLower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c; }
-
 // The folded text and, for each of its bytes, the offset in the original text of the code
 // point that produced it (plus one final entry for the end of the text).
 struct FoldedText {
@@ -46,7 +44,7 @@ FoldedText FoldWithOrigins(std::string_view text) {
       continue;
     }
     if (c < 0x80) {
-      folded.text.push_back(AsciiLower(static_cast<char>(c)));
+      folded.text.push_back(AsciiLowerChar(static_cast<char>(c)));
       folded.origin.push_back(static_cast<std::size_t>(start));
       continue;
     }
@@ -61,12 +59,20 @@ FoldedText FoldWithOrigins(std::string_view text) {
 
 }  // namespace
 
+std::string AsciiLower(std::string_view text) {
+  std::string lowered(text);
+  for (char& c : lowered) c = AsciiLowerChar(c);
+  return lowered;
+}
+
+bool AsciiEqualIgnoringCase(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+           return AsciiLowerChar(x) == AsciiLowerChar(y);
+         });
+}
+
 std::string CaseFold(std::string_view text) {
-  if (IsAscii(text)) {
-    std::string folded(text);
-    for (char& c : folded) c = AsciiLower(c);
-    return folded;
-  }
+  if (IsAscii(text)) return AsciiLower(text);
   return FoldWithOrigins(text).text;
 }
 
@@ -74,7 +80,7 @@ int CaseInsensitiveCompare(std::string_view a, std::string_view b) {
   if (IsAscii(a) && IsAscii(b)) {
     const std::size_t n = std::min(a.size(), b.size());
     for (std::size_t i = 0; i < n; ++i) {
-      const char x = AsciiLower(a[i]), y = AsciiLower(b[i]);
+      const char x = AsciiLowerChar(a[i]), y = AsciiLowerChar(b[i]);
       if (x != y) return static_cast<unsigned char>(x) < static_cast<unsigned char>(y) ? -1 : 1;
     }
     return ThreeWay(a.size(), b.size());
@@ -85,21 +91,16 @@ int CaseInsensitiveCompare(std::string_view a, std::string_view b) {
 }
 
 bool CaseInsensitiveEqual(std::string_view a, std::string_view b) {
-  if (IsAscii(a) && IsAscii(b)) {
-    if (a.size() != b.size()) return false;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-      if (AsciiLower(a[i]) != AsciiLower(b[i])) return false;
-    }
-    return true;
-  }
+  if (IsAscii(a) && IsAscii(b)) return AsciiEqualIgnoringCase(a, b);
   return CaseFold(a) == CaseFold(b);
 }
 
 std::size_t CaseInsensitiveFind(std::string_view haystack, std::string_view needle) {
   if (needle.empty()) return 0;
   if (IsAscii(haystack) && IsAscii(needle)) {
-    const auto it = std::search(haystack.begin(), haystack.end(), needle.begin(), needle.end(),
-                                [](char x, char y) { return AsciiLower(x) == AsciiLower(y); });
+    const auto it =
+        std::search(haystack.begin(), haystack.end(), needle.begin(), needle.end(),
+                    [](char x, char y) { return AsciiLowerChar(x) == AsciiLowerChar(y); });
     return it == haystack.end() ? std::string_view::npos
                                 : static_cast<std::size_t>(it - haystack.begin());
   }
@@ -114,7 +115,8 @@ bool CaseInsensitiveContains(std::string_view haystack, std::string_view needle)
 
 bool CaseInsensitiveHasPrefix(std::string_view text, std::string_view prefix) {
   if (IsAscii(text) && IsAscii(prefix)) {
-    return text.size() >= prefix.size() && CaseInsensitiveEqual(text.substr(0, prefix.size()), prefix);
+    return text.size() >= prefix.size() &&
+           CaseInsensitiveEqual(text.substr(0, prefix.size()), prefix);
   }
   const std::string t = CaseFold(text), p = CaseFold(prefix);
   return t.compare(0, p.size(), p) == 0 && t.size() >= p.size();

@@ -21,6 +21,17 @@ bool CaseInsensitiveHasSuffix(std::string_view text, std::string_view suffix);
 // The case-folded form of a text (for preparing a search once and matching many times).
 std::string CaseFold(std::string_view text);
 
+// ASCII-only case mapping, for keywords and for the fast paths above: 'A'-'Z' become 'a'-'z'
+// and every other byte (the bytes of a UTF-8 sequence included) stays as it is.
+constexpr char AsciiLowerChar(char c) {
+  const auto u = static_cast<unsigned char>(c);
+  // One unsigned comparison tells a capital letter, without a branch in tight loops.
+  return static_cast<char>(u + (static_cast<unsigned char>(u - 'A') < 26 ? 32 : 0));
+}
+std::string AsciiLower(std::string_view text);
+// Equal after AsciiLowerChar, byte by byte.
+bool AsciiEqualIgnoringCase(std::string_view a, std::string_view b);
+
 // -1, 0 or 1 for any ordered values (numbers, texts compared bytewise).
 template <typename T>
 int ThreeWay(const T& a, const T& b) {

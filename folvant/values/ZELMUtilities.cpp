@@ -5,7 +5,7 @@
 #include <limits>
 #include <utility>
 
-#include "folvant/kit/DaysInMonth.h"
+#include "folvant/platform/CivilDate.h"
 #include "folvant/platform/LocalCalendar.h"
 #include "folvant/platform/Localized.h"
 
@@ -46,7 +46,7 @@ void BubbleSort(T* array, std::int32_t count) {
 
 std::int32_t NSCalendarDateToDateNumber(std::optional<LocalTime> date) {
   if (!date) return kMissingDateNumber;
-  const platform::CivilDay day = platform::DayOf(*date);
+  const platform::CivilDate day = platform::DayOf(*date);
   // Years beyond what a date number can hold wrap, as the 32-bit arithmetic does.
   return static_cast<std::int32_t>(day.year * 10000 + day.month * 100 + day.day);
 }
@@ -54,14 +54,14 @@ std::int32_t NSCalendarDateToDateNumber(std::optional<LocalTime> date) {
 std::int32_t dateNumber(std::optional<LocalTime> date) { return NSCalendarDateToDateNumber(date); }
 
 LocalTime DateNumberToNSCalendarDate(std::int32_t n) {
-  return platform::MakeLocalTime(n / 10000, (n % 10000) / 100, n % 100);
+  return LocalTime{std::chrono::days{platform::DayFromDateNumber(n)}};
 }
 
 LocalTime dateWithDateNumber(std::int32_t n) { return DateNumberToNSCalendarDate(n); }
 
 std::int32_t daysInMonth(LocalTime date) {
-  const platform::CivilDay day = platform::DayOf(date);
-  return DaysInMonth(day.month, day.year);
+  const platform::CivilDate day = platform::DayOf(date);
+  return platform::MonthLength(day.year, day.month);
 }
 
 std::int32_t quarterOfYear(LocalTime date) { return (platform::DayOf(date).month - 1) / 3; }

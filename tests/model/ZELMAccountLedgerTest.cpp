@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 #include <random>
 #include <string>
@@ -107,6 +108,21 @@ TEST(ZELMAccountLedger, EntryNumbersAreNeverReused) {
   EXPECT_EQ(account.NextAvailableNumber(), 6);
   const plist::Dictionary stored = account.asDictionary();
   EXPECT_EQ(ZELMAccount(&stored).GetNumberCount(), 6);
+}
+
+TEST(ZELMAccountLedger, NumbersAfterTheLargestWrap) {
+  constexpr std::int32_t kTop = std::numeric_limits<std::int32_t>::max();
+  constexpr std::int32_t kBottom = std::numeric_limits<std::int32_t>::min();
+  auto account =
+      Account({{1, 20080301, -1, kTop - 1}, {2, 20080302, -1, kTop}, {3, 20080303, -1, kTop}});
+  const auto& entries = account->GetEntries();
+  EXPECT_EQ(account->NextAvailableCheckNumber(), kBottom);
+  EXPECT_EQ(account->NextAvailableCheckNumberAfterEntry(nullptr), 1);  // wrapped below 1
+  EXPECT_EQ(account->NextAvailableCheckNumberAfterEntry(entries[0].get()), kBottom);  // walks
+  EXPECT_EQ(account->NextAvailableCheckNumberAfterEntry(entries[1].get()), kBottom);
+  account->SetNumberCount(kTop);
+  EXPECT_EQ(account->NextAvailableNumber(), kBottom);
+  EXPECT_EQ(account->NextAvailableNumber(), kBottom + 1);
 }
 
 TEST(ZELMAccountLedger, RunningBalancesOnOneDay) {

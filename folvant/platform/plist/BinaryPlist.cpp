@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "folvant/platform/Port.h"
 #include "folvant/platform/plist/BulkMemory.h"
 
 namespace folvant::plist {
@@ -45,12 +46,12 @@ std::uint64_t ReadBigEndian(const std::uint8_t* p, std::size_t size) {
     if (size == 4) {
       std::uint32_t word;
       std::memcpy(&word, p, 4);
-      return __builtin_bswap32(word);
+      return platform::ByteSwap(word);
     }
     if (size == 8) {
       std::uint64_t word;
       std::memcpy(&word, p, 8);
-      return __builtin_bswap64(word);
+      return platform::ByteSwap(word);
     }
   }
   if (size == 1) return p[0];
@@ -628,7 +629,7 @@ class Writer {
     if (slots_.empty() || !ScalarKey(value, &kind, &bits)) return;
     const std::uint64_t hash = ScalarHash(kind, bits);
     if (recent_scalars_[hash % std::size(recent_scalars_)].bits == bits) return;
-    __builtin_prefetch(&slots_[(hash >> 32) & (slots_.size() - 1)]);
+    platform::Prefetch(&slots_[(hash >> 32) & (slots_.size() - 1)]);
   }
 
   std::uint32_t Intern(Kind kind, std::uint64_t bits, const void* data) {

@@ -17,6 +17,9 @@
 #include <utility>
 #include <vector>
 
+#include "folvant/platform/CivilDate.h"
+#include "folvant/platform/Text.h"
+
 namespace folvant::plist {
 namespace {
 
@@ -44,47 +47,6 @@ bool IsBlankText(const char* text) {
   return true;
 }
 
-std::int64_t FloorDiv(std::int64_t a, std::int64_t b) {
-  const std::int64_t q = a / b;
-  return (a % b != 0 && ((a < 0) != (b < 0))) ? q - 1 : q;
-}
-
-// Proleptic Gregorian calendar conversions on day counts from 1970-01-01 (H. Hinnant's
-// algorithms), valid far beyond the years a date may hold here.
-struct CivilDate {
-  std::int64_t year;
-  unsigned month;
-  unsigned day;
-};
-
-CivilDate CivilFromDays(std::int64_t z) {
-  z += 719468;
-  const std::int64_t era = FloorDiv(z, 146097);
-  const auto doe = static_cast<unsigned>(z - era * 146097);
-  const unsigned yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-  const unsigned doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-  const unsigned mp = (5 * doy + 2) / 153;
-  const unsigned day = doy - (153 * mp + 2) / 5 + 1;
-  const unsigned month = mp < 10 ? mp + 3 : mp - 9;
-  return {static_cast<std::int64_t>(yoe) + era * 400 + (month <= 2 ? 1 : 0), month, day};
-}
-
-std::int64_t DaysFromCivil(std::int64_t year, unsigned month, unsigned day) {
-  year -= month <= 2 ? 1 : 0;
-  const std::int64_t era = FloorDiv(year, 400);
-  const auto yoe = static_cast<unsigned>(year - era * 400);
-  const unsigned doy = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
-  const unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-  return era * 146097 + static_cast<std::int64_t>(doe) - 719468;
-}
-
-unsigned DaysInMonth(std::int64_t year, unsigned month) {
-  static constexpr unsigned kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  if (month != 2) return kDays[month - 1];
-  const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-  return leap ? 29 : 28;
-}
-
 void AppendDigits(std::string& out, std::int64_t value, int width) {
   char buffer[24];
   auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, value);
@@ -100,9 +62,9 @@ void AppendDate(std::string& out, double seconds) {
   seconds = std::clamp(seconds, -kMaxDateSeconds, kMaxDateSeconds);
   const std::int64_t unix_seconds =
       static_cast<std::int64_t>(std::floor(seconds)) + kReferenceDateUnixSeconds;
-  const std::int64_t days = FloorDiv(unix_seconds, kSecondsPerDay);
+  const std::int64_t days = platform::FloorDiv(unix_seconds, kSecondsPerDay);
   const std::int64_t second_of_day = unix_seconds - days * kSecondsPerDay;
-  const CivilDate date = CivilFromDays(days);
+  const platform::CivilDate date = platform::CivilFromDay(days);
   if (date.year < 0) {
     out.push_back('-');
     AppendDigits(out, -date.year, 4);
@@ -166,11 +128,14 @@ std::optional<double> ParseDate(std::string_view text) {
     if (!TakeDigits(text, &pos, 2, &fields[i])) return std::nullopt;
   }
   if (pos + 1 != text.size() || text[pos] != 'Z') return std::nullopt;
-  const auto month = static_cast<unsigned>(fields[0]);
-  const auto day = static_cast<unsigned>(fields[1]);
-  if (month < 1 || month > 12 || day < 1 || day > DaysInMonth(year, month)) return std::nullopt;
+  const std::int64_t month = fields[0];
+  const std::int64_t day = fields[1];
+  if (month < 1 || month > 12 || day < 1 ||
+      day > platform::MonthLength(year, static_cast<int>(month))) {
+    return std::nullopt;
+  }
   if (fields[2] > 23 || fields[3] > 59 || fields[4] > 60) return std::nullopt;
-  const std::int64_t unix_seconds = DaysFromCivil(year, month, day) * kSecondsPerDay +
+  const std::int64_t unix_seconds = platform::DayFromCivil(year, month, day) * kSecondsPerDay +
                                     fields[2] * 3600 + fields[3] * 60 + fields[4];
   const auto seconds = static_cast<double>(unix_seconds - kReferenceDateUnixSeconds);
   if (std::fabs(seconds) > kMaxDateSeconds) return std::nullopt;
@@ -200,12 +165,6 @@ std::optional<Value> ParseInteger(std::string_view text) {
   return Value(static_cast<std::int64_t>(0 - magnitude));
 }
 
-bool EqualsIgnoringAsciiCase(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return (x | 0x20) == (y | 0x20);
-         });
-}
-
 // Shortest decimal forms as std::to_chars reads them, plus the spellings of NaN and the
 // infinities that Apple ("+infinity"), plistlib ("inf") and libplist write.
 std::optional<double> ParseReal(std::string_view text) {
@@ -217,9 +176,10 @@ std::optional<double> ParseReal(std::string_view text) {
   }
   if (text.empty() || text[0] == '+' || text[0] == '-') return std::nullopt;
   double value = 0.0;
-  if (EqualsIgnoringAsciiCase(text, "nan")) {
+  if (platform::AsciiEqualIgnoringCase(text, "nan")) {
     value = std::numeric_limits<double>::quiet_NaN();
-  } else if (EqualsIgnoringAsciiCase(text, "inf") || EqualsIgnoringAsciiCase(text, "infinity")) {
+  } else if (platform::AsciiEqualIgnoringCase(text, "inf") ||
+             platform::AsciiEqualIgnoringCase(text, "infinity")) {
     value = std::numeric_limits<double>::infinity();
   } else {
     const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
