@@ -1,3 +1,5 @@
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <optional>
@@ -5,11 +7,11 @@
 #include <utility>
 
 #include "app/Output.h"
-#include "folvant/platform/SafeFileBatch.h"
 #include "app/commands/Commands.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountUpgrade.h"
 #include "folvant/platform/Log.h"
+#include "folvant/platform/SafeFileBatch.h"
 #include "folvant/platform/plist/PropertyList.h"
 
 namespace folvant::app {
@@ -21,20 +23,26 @@ struct UpgradeOptions {
   bool verbose = false;
 };
 
-// Points the upgrade at another preferences file for the life of the command.
+// The old program's shared preferences file in the user's home folder; empty without $HOME.
+std::filesystem::path DefaultPreferencesPath() {
+  const char* home = std::getenv("HOME");
+  if (home == nullptr || *home == '\0') return {};
+  return std::filesystem::path(home) / "Library/Preferences/Brindle/Folvant Preferences";
+}
+
+// Points the upgrade at the given preferences file, or at the default one, for the life of
+// the command.
 class PreferencesOverride {
  public:
-  explicit PreferencesOverride(const std::string& path) {
-    if (!path.empty()) previous_ = SetUpgradePreferencesPath(std::filesystem::path(path));
-  }
-  ~PreferencesOverride() {
-    if (previous_) SetUpgradePreferencesPath(*previous_);
-  }
+  explicit PreferencesOverride(const std::string& path)
+      : previous_(SetUpgradePreferencesPath(path.empty() ? DefaultPreferencesPath()
+                                                         : std::filesystem::path(path))) {}
+  ~PreferencesOverride() { SetUpgradePreferencesPath(previous_); }
   PreferencesOverride(const PreferencesOverride&) = delete;
   PreferencesOverride& operator=(const PreferencesOverride&) = delete;
 
  private:
-  std::optional<std::optional<std::filesystem::path>> previous_;
+  std::optional<std::filesystem::path> previous_;
 };
 
 bool ReadBytes(const std::filesystem::path& path, std::string& bytes, std::string& error) {

@@ -7,8 +7,10 @@
 #include <optional>
 #include <vector>
 
-#include "folvant/platform/CivilDate.h"
+#include "folvant/filters/FilterCodes.h"
 #include "folvant/filters/ZELMFilterCondition.h"
+#include "folvant/platform/CivilDate.h"
+#include "folvant/platform/Text.h"
 #include "folvant/platform/plist/Value.h"
 
 namespace folvant {
@@ -26,23 +28,23 @@ struct Field {
 
 // In the order the help lists them; the first word for a category is the one written back.
 constexpr Field kFields[] = {
-    {"description", Condition::kCategoryDescription, Kind::kText},
-    {"date", Condition::kCategoryDate, Kind::kDate},
-    {"amount", Condition::kCategoryAmount, Kind::kNumber},
-    {"type", Condition::kCategoryType, Kind::kText},
-    {"check", Condition::kCategoryCheck, Kind::kBoolean},
-    {"payee", Condition::kCategoryToFrom, Kind::kText},
-    {"resolved", Condition::kCategoryCleared, Kind::kBoolean},
-    {"tax-deductible", Condition::kCategoryTaxDeductible, Kind::kBoolean},
-    {"category", Condition::kCategoryCategory, Kind::kText},
-    {"void", Condition::kCategoryVoid, Kind::kBoolean},
-    {"check-number", Condition::kCategoryCheckString, Kind::kText},
-    {"amount-text", Condition::kCategoryAmountString, Kind::kText},
-    {"split-category", Condition::kCategorySplitCategory, Kind::kText},
-    {"split-description", Condition::kCategorySplitDescription, Kind::kText},
-    {"notes", Condition::kCategoryNotes, Kind::kText},
-    {"general", Condition::kCategoryGeneral, Kind::kText},
-    {"to-from", Condition::kCategoryToFrom, Kind::kText},  // accepted, written as "payee"
+    {"description", kConditionDescription, Kind::kText},
+    {"date", kConditionDate, Kind::kDate},
+    {"amount", kConditionAmount, Kind::kNumber},
+    {"type", kConditionType, Kind::kText},
+    {"check", kConditionCheck, Kind::kBoolean},
+    {"payee", kConditionToFrom, Kind::kText},
+    {"resolved", kConditionCleared, Kind::kBoolean},
+    {"tax-deductible", kConditionTaxDeductible, Kind::kBoolean},
+    {"category", kConditionCategory, Kind::kText},
+    {"void", kConditionVoid, Kind::kBoolean},
+    {"check-number", kConditionCheckString, Kind::kText},
+    {"amount-text", kConditionAmountString, Kind::kText},
+    {"split-category", kConditionSplitCategory, Kind::kText},
+    {"split-description", kConditionSplitDescription, Kind::kText},
+    {"notes", kConditionNotes, Kind::kText},
+    {"general", kConditionGeneral, Kind::kText},
+    {"to-from", kConditionToFrom, Kind::kText},  // accepted, written as "payee"
 };
 
 // A qualifier word of the text and amount fields. `negated` is the word for logic 0, when the
@@ -54,26 +56,27 @@ struct Comparison {
 };
 
 constexpr Comparison kTextComparisons[] = {
-    {"contains", "does-not-contain", Condition::kQualifierContains},
-    {"starts-with", "does-not-start-with", Condition::kQualifierStartsWith},
-    {"ends-with", "does-not-end-with", Condition::kQualifierEndsWith},
-    {"is", "is-not", Condition::kQualifierIsEqualTo},
+    {"contains", "does-not-contain", kTextContains},
+    {"starts-with", "does-not-start-with", kTextStartsWith},
+    {"ends-with", "does-not-end-with", kTextEndsWith},
+    {"is", "is-not", kTextIsEqualTo},
 };
 
 constexpr Comparison kAmountComparisons[] = {
-    {"=", "!=", Condition::kQualifierIs},
-    {">", nullptr, Condition::kQualifierIsMoreThan},
-    {"<", nullptr, Condition::kQualifierIsLessThan},
-    {"is", "is-not", Condition::kQualifierIs},  // accepted, written as "=" and "!="
-    {"more-than", nullptr, Condition::kQualifierIsMoreThan},
-    {"less-than", nullptr, Condition::kQualifierIsLessThan},
+    {"=", "!=", kAmountIs},
+    {">", nullptr, kAmountIsMoreThan},
+    {"<", nullptr, kAmountIsLessThan},
+    {"is", "is-not", kAmountIs},  // accepted, written as "=" and "!="
+    {"more-than", nullptr, kAmountIsMoreThan},
+    {"less-than", nullptr, kAmountIsLessThan},
 };
 
 // What follows a date qualifier word.
 enum class Operands : std::uint8_t { kNone, kDay, kTwoDays, kCountUnit, kTwoCountsUnit };
 
-// For the counted rows `code` is the variant (0 in the last, 1 in the next, 2 between N and M
-// ago) and the qualifier is unit × 10 + variant; for the others it is the qualifier itself.
+// For the counted rows `code` is the variant (in the last, in the next, between N and M ago)
+// and the qualifier is RelativeDateQualifier(unit, variant); for the others it is the qualifier
+// itself.
 struct DateWord {
   const char* word;
   const char* negated;
@@ -82,44 +85,39 @@ struct DateWord {
 };
 
 constexpr DateWord kDateWords[] = {
-    {"before", nullptr, Condition::kQualifierBefore, Operands::kDay},
-    {"on", nullptr, Condition::kQualifierExactly, Operands::kDay},
-    {"after", nullptr, Condition::kQualifierAfter, Operands::kDay},
-    {"between", nullptr, Condition::kQualifierBetween, Operands::kTwoDays},
-    {"is-today", "is-not-today", Condition::kQualifierToday, Operands::kNone},
-    {"is-yesterday", "is-not-yesterday", Condition::kQualifierYesterday, Operands::kNone},
-    {"in-last", nullptr, 0, Operands::kCountUnit},
-    {"in-next", nullptr, 1, Operands::kCountUnit},
-    {"between-ago", nullptr, 2, Operands::kTwoCountsUnit},
-    {"this-week", nullptr, 33, Operands::kNone},
-    {"this-month", nullptr, 43, Operands::kNone},
-    {"this-quarter", nullptr, 53, Operands::kNone},
-    {"this-year", nullptr, 63, Operands::kNone},
-    {"last-week", nullptr, 34, Operands::kNone},
-    {"last-month", nullptr, 44, Operands::kNone},
-    {"last-quarter", nullptr, 54, Operands::kNone},
-    {"last-year", nullptr, 64, Operands::kNone},
-    {"week-to-date", nullptr, 35, Operands::kNone},
-    {"month-to-date", nullptr, 45, Operands::kNone},
-    {"quarter-to-date", nullptr, 55, Operands::kNone},
-    {"year-to-date", nullptr, 65, Operands::kNone},
-    {"is", nullptr, Condition::kQualifierExactly, Operands::kDay},  // accepted, written as "on"
+    {"before", nullptr, kDateBefore, Operands::kDay},
+    {"on", nullptr, kDateExactly, Operands::kDay},
+    {"after", nullptr, kDateAfter, Operands::kDay},
+    {"between", nullptr, kDateBetween, Operands::kTwoDays},
+    {"is-today", "is-not-today", kDateToday, Operands::kNone},
+    {"is-yesterday", "is-not-yesterday", kDateYesterday, Operands::kNone},
+    {"in-last", nullptr, kDateInLast, Operands::kCountUnit},
+    {"in-next", nullptr, kDateInNext, Operands::kCountUnit},
+    {"between-ago", nullptr, kDateBetweenAgo, Operands::kTwoCountsUnit},
+    {"this-week", nullptr, kDateThisWeek, Operands::kNone},
+    {"this-month", nullptr, kDateThisMonth, Operands::kNone},
+    {"this-quarter", nullptr, kDateThisQuarter, Operands::kNone},
+    {"this-year", nullptr, kDateThisYear, Operands::kNone},
+    {"last-week", nullptr, kDateLastWeek, Operands::kNone},
+    {"last-month", nullptr, kDateLastMonth, Operands::kNone},
+    {"last-quarter", nullptr, kDateLastQuarter, Operands::kNone},
+    {"last-year", nullptr, kDateLastYear, Operands::kNone},
+    {"week-to-date", nullptr, kDateWeekToDate, Operands::kNone},
+    {"month-to-date", nullptr, kDateMonthToDate, Operands::kNone},
+    {"quarter-to-date", nullptr, kDateQuarterToDate, Operands::kNone},
+    {"year-to-date", nullptr, kDateYearToDate, Operands::kNone},
+    {"is", nullptr, kDateExactly, Operands::kDay},  // accepted, written as "on"
 };
 
-// Units of the counted date rows: the unit digit of the qualifier.
+// Units of the counted date rows, from kDateUnitDay on.
 constexpr std::array<const char*, 5> kUnits = {"day", "week", "month", "quarter", "year"};
-constexpr std::int32_t kFirstUnit = 2;
+constexpr std::int32_t kFirstUnit = kDateUnitDay;
+static_assert(kFirstUnit + static_cast<std::int32_t>(kUnits.size()) - 1 == kDateUnitYear);
 
 bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
-char AsciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
 bool SameWord(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    if (AsciiLower(a[i]) != AsciiLower(b[i])) return false;
-  }
-  return true;
+  return platform::AsciiEqualIgnoringCase(a, b);
 }
 
 // Reads the words of a condition one at a time, or the rest of it as one text.
@@ -318,7 +316,7 @@ ParseResult ParseBoolean(Words& words, std::string_view field, bool negated, Par
     error = "\"not\" cannot come before a negative word";
     return false;
   }
-  out.qualifier = Condition::kQualifierIsSet;
+  out.qualifier = kFlagIsSet;
   out.negated = negated || word_negated;
   out.data = plist::Value(*flag);
   return true;
@@ -389,7 +387,7 @@ ParseResult ParseDate(Words& words, bool negated, Parsed& out, std::string& erro
       if (!ParseCount(words.Next(), a, error) || !ParseUnit(words.Next(), unit, error)) {
         return false;
       }
-      out.qualifier = unit * 10 + row->code;
+      out.qualifier = RelativeDateQualifier(unit, row->code);
       out.data = plist::Value(a);
       break;
     case Operands::kTwoCountsUnit:
@@ -397,7 +395,7 @@ ParseResult ParseDate(Words& words, bool negated, Parsed& out, std::string& erro
           !ParseUnit(words.Next(), unit, error)) {
         return false;
       }
-      out.qualifier = unit * 10 + row->code;
+      out.qualifier = RelativeDateQualifier(unit, row->code);
       out.data = plist::Value(plist::Array{plist::Value(a), plist::Value(b)});
       break;
   }
@@ -468,16 +466,18 @@ std::optional<std::string> DateOperands(const Condition& condition, bool negated
     if (!second) return std::nullopt;
     return text + " " + *first + " " + *second;
   }
-  const std::int32_t unit = qualifier / 10, variant = qualifier % 10;
+  const std::int32_t unit = RelativeDateUnit(qualifier), variant = RelativeDateVariant(qualifier);
   if (qualifier < 0 || unit < kFirstUnit ||
-      unit >= kFirstUnit + static_cast<std::int32_t>(kUnits.size()) || variant > 2) {
+      unit >= kFirstUnit + static_cast<std::int32_t>(kUnits.size()) || variant > kDateBetweenAgo) {
     return std::nullopt;
   }
-  const char* word = variant == 0 ? "in-last" : variant == 1 ? "in-next" : "between-ago";
+  const char* word = variant == kDateInLast   ? "in-last"
+                     : variant == kDateInNext ? "in-next"
+                                              : "between-ago";
   std::string text = negated ? std::string("not ") + word : std::string(word);
   text += " " + std::to_string(a);
-  if (variant == 2) text += " " + std::to_string(b);
-  const bool plural = variant == 2 || a != 1;
+  if (variant == kDateBetweenAgo) text += " " + std::to_string(b);
+  const bool plural = variant == kDateBetweenAgo || a != 1;
   return text + " " + kUnits[unit - kFirstUnit] + (plural ? "s" : "");
 }
 
@@ -526,8 +526,9 @@ std::shared_ptr<ZELMFilterCondition> ParseCondition(std::string_view text, std::
     error = "unexpected " + Quoted(words.Rest()) + " at the end of " + Quoted(text);
     return nullptr;
   }
-  return std::make_shared<ZELMFilterCondition>(field->category, parsed.qualifier,
-                                               parsed.negated ? 0 : 1, std::move(parsed.data));
+  return std::make_shared<ZELMFilterCondition>(
+      field->category, parsed.qualifier,
+      parsed.negated ? kConditionKeepsOthers : kConditionKeepsMatches, std::move(parsed.data));
 }
 
 std::string FormatCondition(const ZELMFilterCondition& condition) {
@@ -540,7 +541,7 @@ std::string FormatCondition(const ZELMFilterCondition& condition) {
   }
   const plist::Value* data = condition.data();
   if (field == nullptr || data == nullptr) return RawText(condition);
-  const bool negated = condition.logic() == 0;
+  const bool negated = condition.logic() == kConditionKeepsOthers;
   std::string text = std::string(field->word) + " ";
   switch (field->kind) {
     case Kind::kText: {
@@ -555,7 +556,7 @@ std::string FormatCondition(const ZELMFilterCondition& condition) {
       return text + QualifierText(*row, negated) + " " + NumberText(data->doubleValue());
     }
     case Kind::kBoolean: {
-      if (!data->isNumber() || condition.qualifier() != Condition::kQualifierIsSet) {
+      if (!data->isNumber() || condition.qualifier() != kFlagIsSet) {
         return RawText(condition);
       }
       const bool flag = data->boolValue();

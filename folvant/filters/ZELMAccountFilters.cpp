@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "folvant/filters/FilterCodes.h"
 #include "folvant/filters/ZELMFilter.h"
 #include "folvant/kit/DateRangeForMnemonic.h"
 #include "folvant/model/ZELMAccount.h"
@@ -15,33 +16,57 @@ namespace folvant {
 namespace {
 
 // What the text field of a view filter searches, and the name the built filter gets.
-struct FilterTypeRow {
+struct SearchRow {
   std::int32_t code;
   const char* nameKey;
   std::int32_t category;
 };
 
-constexpr FilterTypeRow kFilterTypes[] = {
-    {10, "Description", ZELMFilterCondition::kCategoryDescription},
-    {11, "To/From", ZELMFilterCondition::kCategoryToFrom},
-    {12, "Type", ZELMFilterCondition::kCategoryType},
-    {13, "Notes", ZELMFilterCondition::kCategoryNotes},
-    {14, "Amount", ZELMFilterCondition::kCategoryAmountString},
-    {15, "Check Number", ZELMFilterCondition::kCategoryCheckString},
-    {16, "Category", ZELMFilterCondition::kCategoryCategory},
-    {71, "Split Description", ZELMFilterCondition::kCategorySplitDescription},
-    {72, "Split Category", ZELMFilterCondition::kCategorySplitCategory},
+constexpr SearchRow kSearches[] = {
+    {kSearchDescription, "Description", kConditionDescription},
+    {kSearchToFrom, "To/From", kConditionToFrom},
+    {kSearchType, "Type", kConditionType},
+    {kSearchNotes, "Notes", kConditionNotes},
+    {kSearchAmount, "Amount", kConditionAmountString},
+    {kSearchCheckNumber, "Check Number", kConditionCheckString},
+    {kSearchCategory, "Category", kConditionCategory},
+    {kSearchSplitDescription, "Split Description", kConditionSplitDescription},
+    {kSearchSplitCategory, "Split Category", kConditionSplitCategory},
 };
-constexpr FilterTypeRow kGeneralFilterType = {0, "General", ZELMFilterCondition::kCategoryGeneral};
+constexpr SearchRow kGeneralSearch = {kSearchGeneral, "General", kConditionGeneral};
+
+// The view's date ranges that are named ranges counted from today.
+struct NamedRangeRow {
+  std::int32_t code;
+  std::int32_t mnemonic;
+};
+
+constexpr NamedRangeRow kNamedRanges[] = {
+    {kShowToday, kMnemonicToday},
+    {kShowYesterday, kMnemonicYesterday},
+    {kShowThisWeek, kMnemonicThisWeek},
+    {kShowThisMonth, kMnemonicThisMonth},
+    {kShowThisQuarter, kMnemonicThisQuarter},
+    {kShowThisYear, kMnemonicThisYear},
+    {kShowLastWeek, kMnemonicLastWeek},
+    {kShowLastMonth, kMnemonicLastMonth},
+    {kShowLastQuarter, kMnemonicLastQuarter},
+    {kShowLastYear, kMnemonicLastYear},
+    {kShowWeekToDate, kMnemonicWeekToDate},
+    {kShowMonthToDate, kMnemonicMonthToDate},
+    {kShowQuarterToDate, kMnemonicQuarterToDate},
+    {kShowYearToDate, kMnemonicYearToDate},
+};
 
 std::optional<DateRange> KitRange(std::int32_t code) { return DateRangeForMnemonic(code); }
 
 std::shared_ptr<ZELMFilter> SmartFolder(const char* nameKey, std::int32_t qualifier) {
   auto group = std::make_shared<ZELMFilterConditionGroup>();
-  group->setLogic(ZELMFilterConditionGroup::kLogicNarrows);
-  group->setQualifier(ZELMFilterConditionGroup::kQualifierAll);
+  group->setLogic(kGroupNarrows);
+  group->setQualifier(kGroupMatchesAll);
   // The empty array is data enough: a date condition without any data passes everything.
-  group->addConditionWithCategory(ZELMFilterCondition::kCategoryDate, 1, qualifier, plist::Array{});
+  group->addConditionWithCategory(kConditionDate, kConditionKeepsMatches, qualifier,
+                                  plist::Array{});
   auto filter = std::make_shared<ZELMFilter>();
   filter->setName(Localized(nameKey));
   filter->addConditionGroup(std::move(group));
@@ -51,8 +76,7 @@ std::shared_ptr<ZELMFilter> SmartFolder(const char* nameKey, std::int32_t qualif
 }  // namespace
 
 ZELMAccount::FilterList ZELMAccount::defaultSmartFolders() {
-  return {SmartFolder("This Year", ZELMFilterCondition::kQualifierDuringThisYear),
-          SmartFolder("Last Year", ZELMFilterCondition::kQualifierDuringLastYear)};
+  return {SmartFolder("This Year", kDateThisYear), SmartFolder("Last Year", kDateLastYear)};
 }
 
 void ZELMAccount::LoadSmartFolders(const plist::Value& stored) {
@@ -91,58 +115,34 @@ void ZELMAccount::removeSmartFolderAtIndex(std::int32_t index) {
 }
 
 std::shared_ptr<ZELMFilter> ZELMAccount::filterForViewType(std::int32_t viewType) const {
-  const ViewFilterSettings& settings = viewType == 2 ? reconcileFilter_ : entryFilter_;
+  const ViewFilterSettings& settings = viewType == kViewReconcile ? reconcileFilter_ : entryFilter_;
   auto group = std::make_shared<ZELMFilterConditionGroup>();
-  group->setLogic(ZELMFilterConditionGroup::kLogicNarrows);
-  group->setQualifier(ZELMFilterConditionGroup::kQualifierAll);
+  group->setLogic(kGroupNarrows);
+  group->setQualifier(kGroupMatchesAll);
   auto filter = std::make_shared<ZELMFilter>();
 
   // The search text. Empty text passes everything, so a view without a search shows all.
-  const FilterTypeRow* row = &kGeneralFilterType;
-  for (const FilterTypeRow& candidate : kFilterTypes) {
+  const SearchRow* row = &kGeneralSearch;
+  for (const SearchRow& candidate : kSearches) {
     if (candidate.code == settings.filterType) row = &candidate;
   }
   filter->setName(Localized(row->nameKey));
   group->addConditionWithCategory(
-      row->category, 1, ZELMFilterCondition::kQualifierContains,
+      row->category, kConditionKeepsMatches, kTextContains,
       settings.filterData.isNone() ? plist::Value(std::string()) : settings.filterData);
 
   // The date range, as the first and last day included.
   std::optional<DateRange> range;
   const std::int32_t type = settings.dateFilterType;
   switch (type) {
-    case 20:
+    case kShowThroughToday:
       if (const auto first = GetFirstEntry()) {
         range = DateRange{first->GetDate(), platform::Today()};
       } else {
         range = KitRange(kMnemonicToday);
       }
       break;
-    case 21:
-      range = KitRange(kMnemonicToday);
-      break;
-    case 22:
-      range = KitRange(kMnemonicYesterday);
-      break;
-    case 30:
-    case 31:
-    case 32:
-    case 33:
-      range = KitRange(kMnemonicThisWeek + (type - 30));
-      break;
-    case 40:
-    case 41:
-    case 42:
-    case 43:
-      range = KitRange(kMnemonicLastWeek + (type - 40));
-      break;
-    case 50:
-    case 51:
-    case 52:
-    case 53:
-      range = KitRange(kMnemonicWeekToDate + (type - 50));
-      break;
-    case 60: {
+    case kShowAllDates: {
       const auto first = GetFirstEntry();
       const auto last = GetLastEntry();
       if (first && last) {
@@ -153,41 +153,48 @@ std::shared_ptr<ZELMFilter> ZELMAccount::filterForViewType(std::int32_t viewType
       }
       break;
     }
-    case 61:
+    case kShowCustomDates:
       range = DateRange{settings.dateFilterStartDate, settings.dateFilterEndDate};
       break;
     default:
+      for (const NamedRangeRow& named : kNamedRanges) {
+        if (named.code == type) range = KitRange(named.mnemonic);
+      }
       break;
   }
   if (range) {
     // A strict "after the day before" and "before the day after" keep first <= d <= last:
     // stepping a date number by one never lands on another real day, as days 00 and 32 do not
     // occur.
-    group->addConditionWithCategory(ZELMFilterCondition::kCategoryDate, 1,
-                                    ZELMFilterCondition::kQualifierAfter,
+    group->addConditionWithCategory(kConditionDate, kConditionKeepsMatches, kDateAfter,
                                     plist::Value(static_cast<std::int64_t>(range->start) - 1));
-    group->addConditionWithCategory(ZELMFilterCondition::kCategoryDate, 1,
-                                    ZELMFilterCondition::kQualifierBefore,
+    group->addConditionWithCategory(kConditionDate, kConditionKeepsMatches, kDateBefore,
                                     plist::Value(static_cast<std::int64_t>(range->end) + 1));
   }
 
-  // Resolved and tax-deductible: 80/90 only those set, 81/91 only those not set, others all.
-  const auto add_flag = [&](std::int32_t category, std::int32_t setting, std::int32_t only) {
-    if (setting == only || setting == only + 1) {
-      group->addConditionWithCategory(category, 1, ZELMFilterCondition::kQualifierIsSet,
-                                      plist::Value(setting == only));
+  // Resolved and tax-deductible: only those set, only those not set, or (no condition) all.
+  const auto add_flag = [&](std::int32_t category, std::int32_t setting, std::int32_t only_set,
+                            std::int32_t only_not_set) {
+    if (setting == only_set || setting == only_not_set) {
+      group->addConditionWithCategory(category, kConditionKeepsMatches, kFlagIsSet,
+                                      plist::Value(setting == only_set));
     }
   };
-  add_flag(ZELMFilterCondition::kCategoryCleared, settings.resolvedFilterType, 80);
-  add_flag(ZELMFilterCondition::kCategoryTaxDeductible, settings.taxDeductibleFilterType, 90);
+  add_flag(kConditionCleared, settings.resolvedFilterType, kShowResolvedOnly, kShowUnresolvedOnly);
+  add_flag(kConditionTaxDeductible, settings.taxDeductibleFilterType, kShowTaxDeductibleOnly,
+           kShowNotTaxDeductibleOnly);
 
   filter->addConditionGroup(std::move(group));
   return filter;
 }
 
-std::shared_ptr<ZELMFilter> ZELMAccount::entryFilter() const { return filterForViewType(1); }
+std::shared_ptr<ZELMFilter> ZELMAccount::entryFilter() const {
+  return filterForViewType(kViewRegister);
+}
 
-std::shared_ptr<ZELMFilter> ZELMAccount::reconcileFilter() const { return filterForViewType(2); }
+std::shared_ptr<ZELMFilter> ZELMAccount::reconcileFilter() const {
+  return filterForViewType(kViewReconcile);
+}
 
 ZELMAccount::EntryList ZELMAccount::FilteredEntriesForView(std::int32_t viewType) const {
   const std::shared_ptr<ZELMFilter> filter = filterForViewType(viewType);
@@ -205,11 +212,11 @@ ZELMAccount::EntryList ZELMAccount::FilteredEntriesForView(std::int32_t viewType
 }
 
 ZELMAccount::EntryList ZELMAccount::entryFilteredEntries() const {
-  return FilteredEntriesForView(1);
+  return FilteredEntriesForView(kViewRegister);
 }
 
 ZELMAccount::EntryList ZELMAccount::reconcileFilteredEntries() const {
-  return FilteredEntriesForView(2);
+  return FilteredEntriesForView(kViewReconcile);
 }
 
 }  // namespace folvant

@@ -98,12 +98,11 @@ ZELMFilter::Selection ZELMFilter::Select(const EntryList& entries) const {
   std::vector<std::size_t> newly_added;
   for (const auto& group : conditionGroups_) {
     const std::int32_t logic = group->logic();
-    if (logic != ZELMFilterConditionGroup::kLogicNarrows &&
-        logic != ZELMFilterConditionGroup::kLogicAdds) {
+    if (logic != kGroupNarrows && logic != kGroupAdds) {
       continue;
     }
     ZELMFilterConditionGroup::Prepared prepared(*group);
-    if (logic == ZELMFilterConditionGroup::kLogicNarrows) {
+    if (logic == kGroupNarrows) {
       for (std::size_t i = 0; i < n; ++i) {
         std::uint8_t& state = selection.state[i];
         if (!(state & Selection::kNarrowed)) continue;

@@ -34,15 +34,10 @@ bool IsAscii(std::string_view text) {
   return bits < 0x80;
 }
 
-char LowerAscii(char c) {
-  const auto u = static_cast<unsigned char>(c);
-  return static_cast<char>(u + (static_cast<unsigned char>(u - 'A') < 26 ? 32 : 0));
-}
-
 // Whether the n bytes at `text`, lower-cased, are the (lower-case ASCII) needle.
 bool EqualsLowered(const char* text, std::string_view needle) {
   for (std::size_t j = 0; j < needle.size(); ++j) {
-    if (LowerAscii(text[j]) != needle[j]) return false;
+    if (platform::AsciiLowerChar(text[j]) != needle[j]) return false;
   }
   return true;
 }
@@ -79,7 +74,7 @@ std::optional<bool> MatchAsciiNeedle(std::string_view field, std::string_view ne
     return std::nullopt;
   };
   switch (qualifier) {
-    case ZELMFilterCondition::kQualifierContains: {
+    case kTextContains: {
       // Eight bytes at a time, look for bytes that may be the needle's first one: OR-ing 0x20
       // into a letter gives its lower case, so one comparison covers both cases (other bytes
       // may come out as false candidates, which the full comparison turns down).
@@ -111,13 +106,13 @@ std::optional<bool> MatchAsciiNeedle(std::string_view field, std::string_view ne
       if (high & kHighs) return std::nullopt;
       return false;
     }
-    case ZELMFilterCondition::kQualifierStartsWith:
+    case kTextStartsWith:
       if (n <= m && EqualsLowered(field.data(), needle)) return true;
       return miss();
-    case ZELMFilterCondition::kQualifierEndsWith:
+    case kTextEndsWith:
       if (n <= m && EqualsLowered(field.data() + (m - n), needle)) return true;
       return miss();
-    case ZELMFilterCondition::kQualifierIsEqualTo:
+    case kTextIsEqualTo:
       if (n == m && EqualsLowered(field.data(), needle)) return true;
       return miss();
     default:
@@ -131,13 +126,13 @@ bool MatchFolded(std::string_view field, std::string_view needle, std::int32_t q
   const std::size_t n = needle.size();
   if (n == 0 || n > field.size()) return false;
   switch (qualifier) {
-    case ZELMFilterCondition::kQualifierContains:
+    case kTextContains:
       return field.find(needle) != std::string_view::npos;
-    case ZELMFilterCondition::kQualifierStartsWith:
+    case kTextStartsWith:
       return field.substr(0, n) == needle;
-    case ZELMFilterCondition::kQualifierEndsWith:
+    case kTextEndsWith:
       return field.substr(field.size() - n) == needle;
-    case ZELMFilterCondition::kQualifierIsEqualTo:
+    case kTextIsEqualTo:
       return field == needle;
     default:
       return false;
@@ -215,13 +210,13 @@ DateSpan SpanForDateQualifier(std::int32_t qualifier, std::int64_t a, std::int64
   constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
   // The absolute qualifiers compare with the data's date numbers as they are.
   switch (qualifier) {
-    case ZELMFilterCondition::kQualifierBefore:
+    case kDateBefore:
       return {kMin, a - 1};
-    case ZELMFilterCondition::kQualifierExactly:
+    case kDateExactly:
       return {a, a};
-    case ZELMFilterCondition::kQualifierAfter:
+    case kDateAfter:
       return {a + 1, kMax};
-    case ZELMFilterCondition::kQualifierBetween:
+    case kDateBetween:
       return {a, b};
     default:
       break;
@@ -235,100 +230,100 @@ DateSpan SpanForDateQualifier(std::int32_t qualifier, std::int64_t a, std::int64
                      schedule::DayFromDateNumber(range.end)};
   };
   switch (qualifier) {
-    case ZELMFilterCondition::kQualifierToday: {
+    case kDateToday: {
       const std::int32_t day = Kit(kMnemonicToday, today_number).start;
       return {day, day};
     }
-    case ZELMFilterCondition::kQualifierYesterday: {
+    case kDateYesterday: {
       const std::int32_t day = Kit(kMnemonicYesterday, today_number).start;
       return {day, day};
     }
     // Days.
-    case 20:
+    case kDateInLastDays:
       return DaySpan(today - (a - 1), today);
-    case 21:
+    case kDateInNextDays:
       return DaySpan(today, today + (a - 1));
-    case 22:
+    case kDateDaysAgo:
       return DaySpan(today - a, today - b);
-    // Weeks. "In the next 1 week" reaches only the week's first day, and 32 counts its upper
-    // bound back from its lower one, so for positive counts it is empty; both are kept as
+    // Weeks. "In the next 1 week" reaches only the week's first day, and "weeks ago" counts its
+    // upper bound back from its lower one, so for positive counts it is empty; both are kept as
     // saved smart folders have always evaluated them.
-    case 30: {
+    case kDateInLastWeeks: {
       const auto [start, end] = kit(kMnemonicThisWeek);
       return DaySpan(start - 7 * (a - 1), end);
     }
-    case 31: {
+    case kDateInNextWeeks: {
       const Day start = kit(kMnemonicThisWeek).first;
       return DaySpan(start, start + 7 * (a - 1));
     }
-    case 32: {
+    case kDateWeeksAgo: {
       const Day sunday = today - schedule::Weekday(today);
       const Day low = sunday - 7 * a;
       return DaySpan(low, low - 7 * b);
     }
-    // Months. 42 moves from today by whole months (the day clamped to the month's length)
+    // Months. "Months ago" moves from today by whole months (the day clamped to the month's length)
     // and then back to the first of the month in days, in one step: on 31 March the month
     // before is clamped to 28 or 29 February and then moved back 30 days, into January.
-    case 40: {
+    case kDateInLastMonths: {
       const auto [start, end] = kit(kMnemonicThisMonth);
       return DaySpan(AddYearsMonthsDays(start, 0, 1 - a, 0), end);
     }
-    case 41: {
+    case kDateInNextMonths: {
       const Day start = kit(kMnemonicThisMonth).first;
       return DaySpan(start, AddYearsMonthsDays(start, 0, a, -1));
     }
-    case 42: {
+    case kDateMonthsAgo: {
       const std::int64_t back = 1 - schedule::CivilFromDay(today).day;
       return DaySpan(AddYearsMonthsDays(today, 0, -a, back),
                      AddYearsMonthsDays(today, 0, -b, back));
     }
-    // Quarters. The end of 51 keeps the quarter's last day number, clamped: 30 September plus
-    // a quarter is 30 December.
-    case 50: {
+    // Quarters. The end of "in the next N quarters" keeps the quarter's last day number, clamped:
+    // 30 September plus a quarter is 30 December.
+    case kDateInLastQuarters: {
       const auto [start, end] = kit(kMnemonicThisQuarter);
       return DaySpan(AddYearsMonthsDays(start, 0, 3 - 3 * a, 0), end);
     }
-    case 51: {
+    case kDateInNextQuarters: {
       const auto [start, end] = kit(kMnemonicThisQuarter);
       return DaySpan(start, AddYearsMonthsDays(end, 0, 3 * (a - 1), 0));
     }
     // Years.
-    case 60: {
+    case kDateInLastYears: {
       const auto [start, end] = kit(kMnemonicThisYear);
       return DaySpan(AddYearsMonthsDays(start, 1 - a, 0, 0), end);
     }
-    case 61: {
+    case kDateInNextYears: {
       const auto [start, end] = kit(kMnemonicThisYear);
       return DaySpan(start, AddYearsMonthsDays(end, a - 1, 0, 0));
     }
     // "Between N and M quarters or years ago" have always come out empty.
-    case 52:
-    case 62:
+    case kDateQuartersAgo:
+    case kDateYearsAgo:
       return {};
     // During this unit, the previous unit, and this unit to date.
-    case 33:
+    case kDateThisWeek:
       return KitSpan(kMnemonicThisWeek, today_number);
-    case 43:
+    case kDateThisMonth:
       return KitSpan(kMnemonicThisMonth, today_number);
-    case 53:
+    case kDateThisQuarter:
       return KitSpan(kMnemonicThisQuarter, today_number);
-    case 63:
+    case kDateThisYear:
       return KitSpan(kMnemonicThisYear, today_number);
-    case 34:
+    case kDateLastWeek:
       return KitSpan(kMnemonicLastWeek, today_number);
-    case 44:
+    case kDateLastMonth:
       return KitSpan(kMnemonicLastMonth, today_number);
-    case 54:
+    case kDateLastQuarter:
       return KitSpan(kMnemonicLastQuarter, today_number);
-    case 64:
+    case kDateLastYear:
       return KitSpan(kMnemonicLastYear, today_number);
-    case 35:
+    case kDateWeekToDate:
       return KitSpan(kMnemonicWeekToDate, today_number);
-    case 45:
+    case kDateMonthToDate:
       return KitSpan(kMnemonicMonthToDate, today_number);
-    case 55:
+    case kDateQuarterToDate:
       return KitSpan(kMnemonicQuarterToDate, today_number);
-    case 65:
+    case kDateYearToDate:
       return KitSpan(kMnemonicYearToDate, today_number);
     default:
       return {};
@@ -337,16 +332,16 @@ DateSpan SpanForDateQualifier(std::int32_t qualifier, std::int64_t a, std::int64
 
 bool IsTextCategory(std::int32_t category) {
   switch (category) {
-    case ZELMFilterCondition::kCategoryDescription:
-    case ZELMFilterCondition::kCategoryType:
-    case ZELMFilterCondition::kCategoryToFrom:
-    case ZELMFilterCondition::kCategoryCategory:
-    case ZELMFilterCondition::kCategoryCheckString:
-    case ZELMFilterCondition::kCategoryAmountString:
-    case ZELMFilterCondition::kCategorySplitCategory:
-    case ZELMFilterCondition::kCategorySplitDescription:
-    case ZELMFilterCondition::kCategoryNotes:
-    case ZELMFilterCondition::kCategoryGeneral:
+    case kConditionDescription:
+    case kConditionType:
+    case kConditionToFrom:
+    case kConditionCategory:
+    case kConditionCheckString:
+    case kConditionAmountString:
+    case kConditionSplitCategory:
+    case kConditionSplitDescription:
+    case kConditionNotes:
+    case kConditionGeneral:
       return true;
     default:
       return false;
@@ -354,10 +349,8 @@ bool IsTextCategory(std::int32_t category) {
 }
 
 bool IsBooleanCategory(std::int32_t category) {
-  return category == ZELMFilterCondition::kCategoryCheck ||
-         category == ZELMFilterCondition::kCategoryCleared ||
-         category == ZELMFilterCondition::kCategoryTaxDeductible ||
-         category == ZELMFilterCondition::kCategoryVoid;
+  return category == kConditionCheck || category == kConditionCleared ||
+         category == kConditionTaxDeductible || category == kConditionVoid;
 }
 
 }  // namespace
@@ -421,52 +414,52 @@ EntryList ZELMFilterCondition::filterEntries(const EntryList& entries) const {
 }
 
 EntryList ZELMFilterCondition::filter_Description(const EntryList& entries) const {
-  return FilterAs(kCategoryDescription, entries);
+  return FilterAs(kConditionDescription, entries);
 }
 EntryList ZELMFilterCondition::filter_Date(const EntryList& entries) const {
-  return FilterAs(kCategoryDate, entries);
+  return FilterAs(kConditionDate, entries);
 }
 EntryList ZELMFilterCondition::filter_Amount(const EntryList& entries) const {
-  return FilterAs(kCategoryAmount, entries);
+  return FilterAs(kConditionAmount, entries);
 }
 EntryList ZELMFilterCondition::filter_Type(const EntryList& entries) const {
-  return FilterAs(kCategoryType, entries);
+  return FilterAs(kConditionType, entries);
 }
 EntryList ZELMFilterCondition::filter_Check(const EntryList& entries) const {
-  return FilterAs(kCategoryCheck, entries);
+  return FilterAs(kConditionCheck, entries);
 }
 EntryList ZELMFilterCondition::filter_ToFrom(const EntryList& entries) const {
-  return FilterAs(kCategoryToFrom, entries);
+  return FilterAs(kConditionToFrom, entries);
 }
 EntryList ZELMFilterCondition::filter_Cleared(const EntryList& entries) const {
-  return FilterAs(kCategoryCleared, entries);
+  return FilterAs(kConditionCleared, entries);
 }
 EntryList ZELMFilterCondition::filter_TaxDeductible(const EntryList& entries) const {
-  return FilterAs(kCategoryTaxDeductible, entries);
+  return FilterAs(kConditionTaxDeductible, entries);
 }
 EntryList ZELMFilterCondition::filter_Category(const EntryList& entries) const {
-  return FilterAs(kCategoryCategory, entries);
+  return FilterAs(kConditionCategory, entries);
 }
 EntryList ZELMFilterCondition::filter_Void(const EntryList& entries) const {
-  return FilterAs(kCategoryVoid, entries);
+  return FilterAs(kConditionVoid, entries);
 }
 EntryList ZELMFilterCondition::filter_CheckString(const EntryList& entries) const {
-  return FilterAs(kCategoryCheckString, entries);
+  return FilterAs(kConditionCheckString, entries);
 }
 EntryList ZELMFilterCondition::filter_AmountString(const EntryList& entries) const {
-  return FilterAs(kCategoryAmountString, entries);
+  return FilterAs(kConditionAmountString, entries);
 }
 EntryList ZELMFilterCondition::filter_SplitCategory(const EntryList& entries) const {
-  return FilterAs(kCategorySplitCategory, entries);
+  return FilterAs(kConditionSplitCategory, entries);
 }
 EntryList ZELMFilterCondition::filter_SplitDescription(const EntryList& entries) const {
-  return FilterAs(kCategorySplitDescription, entries);
+  return FilterAs(kConditionSplitDescription, entries);
 }
 EntryList ZELMFilterCondition::filter_Notes(const EntryList& entries) const {
-  return FilterAs(kCategoryNotes, entries);
+  return FilterAs(kConditionNotes, entries);
 }
 EntryList ZELMFilterCondition::filter_General(const EntryList& entries) const {
-  return FilterAs(kCategoryGeneral, entries);
+  return FilterAs(kConditionGeneral, entries);
 }
 
 // ---- The prepared condition -----------------------------------------------------------------
@@ -488,8 +481,8 @@ ZELMFilterCondition::Prepared::Prepared(const ZELMFilterCondition& condition, st
     const std::string* text = data->asString();
     if (text == nullptr || text->empty()) return;
     mode_ = Mode::kText;
-    if (category == kCategoryAmountString) {
-      const platform::UserSettings& settings = platform::CurrentUserSettings();
+    if (category == kConditionAmountString) {
+      const platform::UserSettings settings = platform::CurrentUserSettings();
       decimalSeparator_ = settings.decimalSeparator;
       // The user may type the amount with thousands separators; the printed amount has none.
       std::string cleaned = *text;
@@ -510,14 +503,14 @@ ZELMFilterCondition::Prepared::Prepared(const ZELMFilterCondition& condition, st
     if (!data->isNumber()) return;
     mode_ = Mode::kBoolean;
     flag_ = data->boolValue();
-  } else if (category == kCategoryAmount) {
+  } else if (category == kConditionAmount) {
     if (!data->isNumber()) return;
     mode_ = Mode::kAmount;
     // The tolerance is fixed: amounts within 0.4 of the data are "the same".
     const double x = data->doubleValue();
     low_ = x - 0.4;
     high_ = x + 0.4;
-  } else if (category == kCategoryDate) {
+  } else if (category == kConditionDate) {
     mode_ = Mode::kDate;
     const auto [a, b] = DateOperands(*data);
     const DateSpan span = SpanForDateQualifier(qualifier_, a, b);
@@ -540,32 +533,32 @@ bool ZELMFilterCondition::Prepared::Keeps(const ZELMAccountEntry& entry) {
     case Mode::kBoolean: {
       bool flag = false;
       switch (category_) {
-        case kCategoryCheck:
+        case kConditionCheck:
           flag = entry.IsCheck();
           break;
-        case kCategoryCleared:
+        case kConditionCleared:
           flag = entry.GetCleared() != 0;
           break;
-        case kCategoryTaxDeductible:
+        case kConditionTaxDeductible:
           flag = entry.GetTaxDeductible();
           break;
         default:
           flag = entry.GetVoid();
           break;
       }
-      return (qualifier_ == kQualifierIsSet && flag == flag_) == logic_;
+      return (qualifier_ == kFlagIsSet && flag == flag_) == logic_;
     }
     case Mode::kAmount: {
       const double amount = entry.GetAmount();
       bool match = false;
       switch (qualifier_) {
-        case kQualifierIs:
+        case kAmountIs:
           match = low_ < amount && amount < high_;
           break;
-        case kQualifierIsMoreThan:
+        case kAmountIsMoreThan:
           match = amount > high_;
           break;
-        case kQualifierIsLessThan:
+        case kAmountIsLessThan:
           match = amount < low_;
           break;
         default:
@@ -641,28 +634,28 @@ bool ZELMFilterCondition::Prepared::MatchesNamedLookup(const ZELMAccountEntry& e
 
 bool ZELMFilterCondition::Prepared::KeepsText(const ZELMAccountEntry& entry) {
   switch (category_) {
-    case kCategoryDescription:
+    case kConditionDescription:
       return MatchesText(entry.GetDescription()) == logic_;
-    case kCategoryToFrom:
+    case kConditionToFrom:
       return MatchesText(entry.GetToFrom()) == logic_;
-    case kCategoryNotes:
+    case kConditionNotes:
       return MatchesText(entry.GetNotes()) == logic_;
-    case kCategoryCheckString: {
+    case kConditionCheckString: {
       char buffer[16];
       const auto result = std::to_chars(buffer, buffer + sizeof buffer, entry.GetCheckNumber());
       return MatchesText(std::string_view(buffer, static_cast<std::size_t>(result.ptr - buffer))) ==
              logic_;
     }
-    case kCategoryAmountString:
+    case kConditionAmountString:
       return MatchesText(AmountText(entry.GetAmount())) == logic_;
-    case kCategoryType:
-    case kCategoryCategory: {
+    case kConditionType:
+    case kConditionCategory: {
       // An entry whose number finds nothing is in neither result.
       bool found = false;
-      const bool match = MatchesNamedLookup(entry, category_ == kCategoryType, &found);
+      const bool match = MatchesNamedLookup(entry, category_ == kConditionType, &found);
       return found && match == logic_;
     }
-    case kCategorySplitCategory: {
+    case kConditionSplitCategory: {
       const ZELMAccount* account = entry.GetAccount();
       const ZELMAccountsController* controller =
           account != nullptr ? account->accountsController() : nullptr;
@@ -680,12 +673,12 @@ bool ZELMFilterCondition::Prepared::KeepsText(const ZELMAccountEntry& entry) {
       }
       return false;
     }
-    case kCategorySplitDescription:
+    case kConditionSplitDescription:
       for (const auto& item : entry.splitLineItems()) {
         if (MatchesText(item->description()) == logic_) return true;
       }
       return false;
-    case kCategoryGeneral: {
+    case kConditionGeneral: {
       bool found = false;
       const bool match = MatchesText(entry.GetDescription()) ||
                          MatchesNamedLookup(entry, true, &found) ||

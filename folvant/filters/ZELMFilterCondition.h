@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "folvant/filters/FilterCodes.h"
 #include "folvant/platform/plist/Value.h"
 
 namespace folvant {
@@ -30,48 +31,42 @@ class ZELMFilterCondition {
  public:
   using EntryList = std::vector<std::shared_ptr<ZELMAccountEntry>>;
 
-  // Categories: the field tested.
-  static constexpr std::int32_t kCategoryDescription = 0;
-  static constexpr std::int32_t kCategoryDate = 1;
-  static constexpr std::int32_t kCategoryAmount = 2;
-  static constexpr std::int32_t kCategoryType = 3;
-  static constexpr std::int32_t kCategoryCheck = 4;
-  static constexpr std::int32_t kCategoryToFrom = 5;
-  static constexpr std::int32_t kCategoryCleared = 6;
-  static constexpr std::int32_t kCategoryTaxDeductible = 7;
-  static constexpr std::int32_t kCategoryCategory = 8;
-  static constexpr std::int32_t kCategoryVoid = 9;
-  static constexpr std::int32_t kCategoryCheckString = 10;
-  static constexpr std::int32_t kCategoryAmountString = 11;
-  static constexpr std::int32_t kCategorySplitCategory = 20;
-  static constexpr std::int32_t kCategorySplitDescription = 21;
-  static constexpr std::int32_t kCategoryNotes = 30;
-  static constexpr std::int32_t kCategoryGeneral = 50;
+  // The codes under the names callers have always used; FilterCodes.h names them all.
+  static constexpr std::int32_t kCategoryDescription = kConditionDescription;
+  static constexpr std::int32_t kCategoryDate = kConditionDate;
+  static constexpr std::int32_t kCategoryAmount = kConditionAmount;
+  static constexpr std::int32_t kCategoryType = kConditionType;
+  static constexpr std::int32_t kCategoryCheck = kConditionCheck;
+  static constexpr std::int32_t kCategoryToFrom = kConditionToFrom;
+  static constexpr std::int32_t kCategoryCleared = kConditionCleared;
+  static constexpr std::int32_t kCategoryTaxDeductible = kConditionTaxDeductible;
+  static constexpr std::int32_t kCategoryCategory = kConditionCategory;
+  static constexpr std::int32_t kCategoryVoid = kConditionVoid;
+  static constexpr std::int32_t kCategoryCheckString = kConditionCheckString;
+  static constexpr std::int32_t kCategoryAmountString = kConditionAmountString;
+  static constexpr std::int32_t kCategorySplitCategory = kConditionSplitCategory;
+  static constexpr std::int32_t kCategorySplitDescription = kConditionSplitDescription;
+  static constexpr std::int32_t kCategoryNotes = kConditionNotes;
+  static constexpr std::int32_t kCategoryGeneral = kConditionGeneral;
 
-  // Text qualifiers; all ignore case and nothing else.
-  static constexpr std::int32_t kQualifierIsEqualTo = 1;
-  static constexpr std::int32_t kQualifierContains = 6;
-  static constexpr std::int32_t kQualifierStartsWith = 8;
-  static constexpr std::int32_t kQualifierEndsWith = 9;
-  // The boolean qualifier: the entry's flag equals the data's boolean value.
-  static constexpr std::int32_t kQualifierIsSet = 1;
-  // Amount qualifiers, with a fixed tolerance of 0.4 either side of the data.
-  static constexpr std::int32_t kQualifierIs = 1;
-  static constexpr std::int32_t kQualifierIsMoreThan = 3;
-  static constexpr std::int32_t kQualifierIsLessThan = 4;
-  // Date qualifiers. The relative ones are unit × 10 + variant, units 2 day, 3 week, 4 month,
-  // 5 quarter, 6 year; variants 0 in the last N, 1 in the next N, 2 between N and M ago,
-  // 3 during this unit, 4 during the previous unit, 5 this unit to date.
-  static constexpr std::int32_t kQualifierBefore = 0;
-  static constexpr std::int32_t kQualifierExactly = 1;
-  static constexpr std::int32_t kQualifierAfter = 2;
-  static constexpr std::int32_t kQualifierToday = 23;
-  static constexpr std::int32_t kQualifierYesterday = 24;
-  static constexpr std::int32_t kQualifierDuringThisYear = 63;
-  static constexpr std::int32_t kQualifierDuringLastYear = 64;
-  static constexpr std::int32_t kQualifierBetween = 70;
+  static constexpr std::int32_t kQualifierIsEqualTo = kTextIsEqualTo;
+  static constexpr std::int32_t kQualifierContains = kTextContains;
+  static constexpr std::int32_t kQualifierStartsWith = kTextStartsWith;
+  static constexpr std::int32_t kQualifierEndsWith = kTextEndsWith;
+  static constexpr std::int32_t kQualifierIsSet = kFlagIsSet;
+  static constexpr std::int32_t kQualifierIs = kAmountIs;
+  static constexpr std::int32_t kQualifierIsMoreThan = kAmountIsMoreThan;
+  static constexpr std::int32_t kQualifierIsLessThan = kAmountIsLessThan;
+  static constexpr std::int32_t kQualifierBefore = kDateBefore;
+  static constexpr std::int32_t kQualifierExactly = kDateExactly;
+  static constexpr std::int32_t kQualifierAfter = kDateAfter;
+  static constexpr std::int32_t kQualifierToday = kDateToday;
+  static constexpr std::int32_t kQualifierYesterday = kDateYesterday;
+  static constexpr std::int32_t kQualifierDuringThisYear = kDateThisYear;
+  static constexpr std::int32_t kQualifierDuringLastYear = kDateLastYear;
+  static constexpr std::int32_t kQualifierBetween = kDateBetween;
 
-  // Category 0, logic 1, qualifier 6 (contains), data the empty text: passes every entry.
+  // Description, keeping matches, contains, data the empty text: passes every entry.
   ZELMFilterCondition();
   // A new condition, then "category", "logic", "qualifier" (integer values) and "data" (as
   // stored), each only when present; nothing is logged. nullptr: a new condition.
@@ -100,10 +95,8 @@ class ZELMFilterCondition {
   // The entries that pass, in the order given (an empty list gives an empty list).
   EntryList filterEntries(const EntryList& entries) const;
 
-  // The same evaluation with the category taken as the one each name says, whatever the
-  // condition's own category: Description 0, Date 1, Amount 2, Type 3, Check 4, ToFrom 5,
-  // Cleared 6, TaxDeductible 7, Category 8, Void 9, CheckString 10, AmountString 11,
-  // SplitCategory 20, SplitDescription 21, Notes 30, General 50.
+  // The same evaluation with the category taken as the one each name says (filter_Notes
+  // tests kConditionNotes), whatever the condition's own category.
   EntryList filter_Description(const EntryList& entries) const;
   EntryList filter_Date(const EntryList& entries) const;
   EntryList filter_Amount(const EntryList& entries) const;
@@ -168,9 +161,9 @@ class ZELMFilterCondition {
  private:
   EntryList FilterAs(std::int32_t category, const EntryList& entries) const;
 
-  std::int32_t category_ = kCategoryDescription;
-  std::int32_t logic_ = 1;
-  std::int32_t qualifier_ = kQualifierContains;
+  std::int32_t category_ = kConditionDescription;
+  std::int32_t logic_ = kConditionKeepsMatches;
+  std::int32_t qualifier_ = kTextContains;
   plist::Value data_{std::string()};
 };
 

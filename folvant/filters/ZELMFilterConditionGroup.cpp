@@ -92,12 +92,12 @@ ZELMFilterConditionGroup::Prepared::Prepared(const ZELMFilterConditionGroup& gro
 ZELMFilterConditionGroup::Prepared::Verdict ZELMFilterConditionGroup::Prepared::Test(
     const ZELMAccountEntry& entry) {
   switch (qualifier_) {
-    case kQualifierAll:
+    case kGroupMatchesAll:
       for (auto& condition : conditions_) {
         if (!condition.Keeps(entry)) return Verdict::kDropped;
       }
       return Verdict::kKept;
-    case kQualifierAny:
+    case kGroupMatchesAny:
       for (auto& condition : conditions_) {
         if (condition.Keeps(entry)) return Verdict::kKept;
       }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "folvant/filters/FilterCodes.h"
 #include "folvant/filters/ZELMFilterCondition.h"
 #include "folvant/platform/plist/Value.h"
 
@@ -17,10 +18,10 @@ class ZELMFilterConditionGroup {
  public:
   using EntryList = ZELMFilterCondition::EntryList;
 
-  static constexpr std::int32_t kLogicNarrows = 0;
-  static constexpr std::int32_t kLogicAdds = 1;
-  static constexpr std::int32_t kQualifierAny = 0;
-  static constexpr std::int32_t kQualifierAll = 1;
+  static constexpr std::int32_t kLogicNarrows = kGroupNarrows;
+  static constexpr std::int32_t kLogicAdds = kGroupAdds;
+  static constexpr std::int32_t kQualifierAny = kGroupMatchesAny;
+  static constexpr std::int32_t kQualifierAll = kGroupMatchesAll;
 
   // Logic 0 (narrows), qualifier 1 (all), no conditions.
   ZELMFilterConditionGroup() = default;
@@ -81,8 +82,8 @@ class ZELMFilterConditionGroup {
   };
 
  private:
-  std::int32_t logic_ = kLogicNarrows;
-  std::int32_t qualifier_ = kQualifierAll;
+  std::int32_t logic_ = kGroupNarrows;
+  std::int32_t qualifier_ = kGroupMatchesAll;
   std::vector<std::shared_ptr<ZELMFilterCondition>> conditions_;
 };
 

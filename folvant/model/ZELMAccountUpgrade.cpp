@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cstdlib>
+#include <mutex>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -45,7 +45,10 @@ constexpr std::string_view kBadSummariesOnLoad =
 constexpr std::string_view kBadSchedulesInTransfers =
     "Schedules are in the wrong format in -[ZELMAccount initWithDictionary:]";
 
-std::optional<std::filesystem::path> preferences_path_override;
+// Where the upgrade finds the shared preferences; empty: nowhere. Loads may run on several
+// threads, so reads and writes take the lock.
+std::mutex preferences_path_mutex;
+std::filesystem::path preferences_path;
 
 // The array under `key`: a missing key and a value of another kind each log their message.
 plist::Array* RequiredArray(plist::Dictionary& dict, std::string_view key, std::string_view missing,
@@ -315,16 +318,16 @@ void ConvertTransfersAndSplits(plist::Dictionary& account) {
 }  // namespace
 
 std::filesystem::path UpgradePreferencesPath() {
-  if (preferences_path_override) return *preferences_path_override;
-  const char* home = std::getenv("HOME");
-  if (home == nullptr || *home == '\0') return {};
-  return std::filesystem::path(home) / "Library/Preferences/Brindle/Folvant Preferences";
+  const std::lock_guard lock(preferences_path_mutex);
+  return preferences_path;
 }
 
 std::optional<std::filesystem::path> SetUpgradePreferencesPath(
     std::optional<std::filesystem::path> path) {
-  std::optional<std::filesystem::path> previous = std::move(preferences_path_override);
-  preferences_path_override = std::move(path);
+  const std::lock_guard lock(preferences_path_mutex);
+  std::optional<std::filesystem::path> previous;
+  if (!preferences_path.empty()) previous = std::move(preferences_path);
+  preferences_path = path ? std::move(*path) : std::filesystem::path();
   return previous;
 }
 

@@ -8,12 +8,12 @@
 // upgrade copies into the account.
 namespace folvant {
 
-// The shared preferences file: "Library/Preferences/Brindle/Folvant Preferences" under the
-// user's home folder ($HOME), unless another path has been set.
+// The shared preferences file that the upgrade reads; an empty path (the default) means there
+// is none. The library never looks for one itself: the program says where it is.
 std::filesystem::path UpgradePreferencesPath();
 
-// Points the upgrade at another preferences file (tests, or a program that keeps its own);
-// nullopt restores the default. Returns the previous setting.
+// Points the upgrade at a preferences file (or, with nullopt or an empty path, at none) for
+// every thread. Returns the previous setting, nullopt when there was none.
 std::optional<std::filesystem::path> SetUpgradePreferencesPath(
     std::optional<std::filesystem::path> path);
 

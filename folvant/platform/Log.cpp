@@ -17,7 +17,7 @@ StderrSink& DefaultSink() {
   return sink;
 }
 
-LogSink* current_sink = nullptr;
+thread_local LogSink* current_sink = nullptr;
 
 }  // namespace
 

@@ -3,7 +3,7 @@
 #include <unicode/dcfmtsym.h>
 #include <unicode/locid.h>
 
-#include <optional>
+#include <mutex>
 #include <utility>
 
 namespace folvant::platform {
@@ -25,23 +25,30 @@ UserSettings FromLocale() {
   return settings;
 }
 
-std::optional<UserSettings>& Current() {
-  static std::optional<UserSettings> current;
-  return current;
+// The settings of the process. The first use makes them, once, whichever thread gets there
+// first.
+struct Shared {
+  std::mutex mutex;
+  UserSettings settings = FromLocale();
+};
+
+Shared& Current() {
+  static Shared shared;
+  return shared;
 }
 
 }  // namespace
 
-const UserSettings& CurrentUserSettings() {
-  auto& current = Current();
-  if (!current) current = FromLocale();
-  return *current;
+UserSettings CurrentUserSettings() {
+  Shared& shared = Current();
+  const std::lock_guard lock(shared.mutex);
+  return shared.settings;
 }
 
 UserSettings SetUserSettings(UserSettings settings) {
-  UserSettings previous = CurrentUserSettings();
-  Current() = std::move(settings);
-  return previous;
+  Shared& shared = Current();
+  const std::lock_guard lock(shared.mutex);
+  return std::exchange(shared.settings, std::move(settings));
 }
 
 }  // namespace folvant::platform

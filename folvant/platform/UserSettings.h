@@ -15,10 +15,11 @@ struct UserSettings {
   std::uint32_t defaultCStringEncoding = 12;  // Windows-1252
 };
 
-// The current settings; the first call reads the separators from ICU's default locale.
-const UserSettings& CurrentUserSettings();
+// A copy of the current settings, so that another thread replacing them cannot pull them from
+// under the caller. The first use reads the separators from ICU's default locale.
+UserSettings CurrentUserSettings();
 
-// Replaces the current settings and returns the previous ones.
+// Replaces the current settings for every thread and returns the previous ones.
 UserSettings SetUserSettings(UserSettings settings);
 
 }  // namespace folvant::platform

@@ -2,6 +2,7 @@
 // original encoding, the backup, and the files it leaves alone or cannot read.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -91,6 +92,25 @@ TEST_F(UpgradeCli, OldFilesAreUpgradedInPlaceInTheirEncodingWithABackup) {
   EXPECT_EQ(again.out, "old.plist: version 8, already current; left untouched\n");
   EXPECT_EQ(testing::ReadFileBytes(xml), xml_after);
   EXPECT_FALSE(fs::exists(xml + ".bak"));
+}
+
+TEST_F(UpgradeCli, WithoutThePreferencesOptionTheFileInTheHomeFolderIsRead) {
+  const fs::path brindle = dir_ / "home/Library/Preferences/Brindle";
+  fs::create_directories(brindle);
+  fs::copy_file(kPreferences, brindle / "Folvant Preferences");
+  Write("old.plist", VersionTwoAccount(), plist::Format::kXml);
+  const char* home = std::getenv("HOME");
+  const std::string saved = home != nullptr ? home : "";
+  ::setenv("HOME", (dir_ / "home").c_str(), 1);
+  CommandResult run = Folvant("upgrade old.plist");
+  if (home != nullptr) {
+    ::setenv("HOME", saved.c_str(), 1);
+  } else {
+    ::unsetenv("HOME");
+  }
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.out.find("types (added)"), std::string::npos) << run.out;
+  EXPECT_EQ(run.out.find("No inactiveTypes found"), std::string::npos) << run.out;
 }
 
 TEST_F(UpgradeCli, AnUnreadableFileIsOneLineAndTheOthersAreStillUpgraded) {

@@ -176,9 +176,13 @@ TEST(ConditionSyntax, ConditionsTheWordsCannotSayAreWrittenRawAndNotReadBack) {
   EXPECT_EQ(FormatCondition(ZELMFilterCondition(22, 6, 1, plist::Value(Pair(1, 2)))),
             "[category 22 qualifier 6 logic 1 data [1, 2]]");
   // A stored boolean kept as a number, or a count kept in an array, reads as the filter reads it.
-  EXPECT_EQ(FormatCondition(ZELMFilterCondition(6, 1, 1, plist::Value(1))), "resolved yes");
-  EXPECT_EQ(FormatCondition(ZELMFilterCondition(1, 40, 1, plist::Value(plist::Array{3}))),
-            "date in-last 3 months");
+  EXPECT_EQ(FormatCondition(ZELMFilterCondition(kConditionCleared, kFlagIsSet,
+                                                kConditionKeepsMatches, plist::Value(1))),
+            "resolved yes");
+  EXPECT_EQ(
+      FormatCondition(ZELMFilterCondition(kConditionDate, kDateInLastMonths, kConditionKeepsMatches,
+                                          plist::Value(plist::Array{3}))),
+      "date in-last 3 months");
 }
 
 }  // namespace

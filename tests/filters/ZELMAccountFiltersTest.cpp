@@ -68,14 +68,14 @@ TEST(ZELMAccountViewFilters, SettingsBecomeConditions) {
   testing::ScopedClockPin pin(20080615);
   TestRegister reg;
   ZELMAccount& account = reg.account;
-  account.setReconcileFilterType(14);
+  account.setReconcileFilterType(kSearchAmount);
   const plist::Value text("12.5");
   account.setReconcileFilterData(&text);
-  account.setReconcileDateFilterType(61);
+  account.setReconcileDateFilterType(kShowCustomDates);
   account.setReconcileDateFilterStartDate(20080301);
   account.setReconcileDateFilterEndDate(20080331);
-  account.setReconcileResolvedFilterType(81);
-  account.setReconcileTaxDeductibleFilterType(90);
+  account.setReconcileResolvedFilterType(kShowUnresolvedOnly);
+  account.setReconcileTaxDeductibleFilterType(kShowTaxDeductibleOnly);
   EXPECT_EQ(account.reconcileFilter()->asDictionary(),
             OneGroupFilter("Amount", {Condition(11, 6, "12.5"), Condition(1, 2, 20080300),
                                       Condition(1, 0, 20080332), Condition(6, 1, false),

@@ -86,8 +86,14 @@ TEST(ZELMFilterConditionDate, QualifiersSelectTheirRangesOnPinnedDays) {
     testing::ScopedClockPin pin(row.today);
     std::vector<int> all = row.kept;
     all.insert(all.end(), row.dropped.begin(), row.dropped.end());
-    EXPECT_EQ(kept(ZELMFilterCondition(1, row.qualifier, 1, row.data), all), row.kept);
-    EXPECT_EQ(kept(ZELMFilterCondition(1, row.qualifier, 0, row.data), all), row.dropped);
+    EXPECT_EQ(
+        kept(ZELMFilterCondition(kConditionDate, row.qualifier, kConditionKeepsMatches, row.data),
+             all),
+        row.kept);
+    EXPECT_EQ(
+        kept(ZELMFilterCondition(kConditionDate, row.qualifier, kConditionKeepsOthers, row.data),
+             all),
+        row.dropped);
   }
 }
 

@@ -31,7 +31,8 @@ TEST(ZELMFilterCondition, TextQualifiersIgnoreCaseAndNothingElseInEveryTextField
     entry->SetToFrom(field);
     entry->SetNotes(field);
     entry->addSplitLineItemWithCategory(-1, field, "", 1);
-    for (std::int32_t category : {0, 5, 30, 21, 50}) {
+    for (std::int32_t category : {kConditionDescription, kConditionToFrom, kConditionNotes,
+                                  kConditionSplitDescription, kConditionGeneral}) {
       EXPECT_EQ(Kept(category, qualifier, logic, data, {entry}).size(), kept)
           << field << " / " << data << " / " << category;
     }
@@ -62,10 +63,10 @@ TEST(ZELMFilterCondition, TextSearchAgreesWithThePlatformOnGeneratedTexts) {
     entries.back()->SetDescription(text(19));
   }
   const std::pair<std::int32_t, bool (*)(std::string_view, std::string_view)> qualifiers[] = {
-      {6, platform::CaseInsensitiveContains},
-      {8, platform::CaseInsensitiveHasPrefix},
-      {9, platform::CaseInsensitiveHasSuffix},
-      {1, platform::CaseInsensitiveEqual}};
+      {kTextContains, platform::CaseInsensitiveContains},
+      {kTextStartsWith, platform::CaseInsensitiveHasPrefix},
+      {kTextEndsWith, platform::CaseInsensitiveHasSuffix},
+      {kTextIsEqualTo, platform::CaseInsensitiveEqual}};
   for (int i = 0; i < 60; ++i) {
     const std::string needle = alphabet[next(12)] + text(3);
     for (const auto& [qualifier, platform_answer] : qualifiers) {
@@ -73,7 +74,9 @@ TEST(ZELMFilterCondition, TextSearchAgreesWithThePlatformOnGeneratedTexts) {
       for (const auto& e : entries) {
         if (platform_answer(e->GetDescription(), needle)) expected.push_back(e);
       }
-      EXPECT_EQ(Kept(0, qualifier, 1, needle, entries), expected) << needle << " " << qualifier;
+      EXPECT_EQ(Kept(kConditionDescription, qualifier, kConditionKeepsMatches, needle, entries),
+                expected)
+          << needle << " " << qualifier;
     }
   }
 }
@@ -100,13 +103,18 @@ TEST(ZELMFilterCondition, AmountsCompareWithAFixedToleranceOfFourTenths) {
   const auto low = reg.Add(1, 9.6), in_low = reg.Add(1, 9.61), in_high = reg.Add(1, 10.39),
              high = reg.Add(1, 10.4), split = reg.Add(1, -10);
   const EntryList all = {low, in_low, in_high, high, split};
-  EXPECT_EQ(Kept(2, 1, 1, 10, all), (EntryList{in_low, in_high}));
-  EXPECT_EQ(Kept(2, 1, 0, 10, all), (EntryList{low, high, split}));
-  EXPECT_EQ(Kept(2, 3, 1, 10, all), EntryList{});
-  EXPECT_EQ(Kept(2, 4, 1, 10, all), EntryList{split});
-  EXPECT_EQ(Kept(2, 2, 1, 10, all), EntryList{});
+  EXPECT_EQ(Kept(kConditionAmount, kAmountIs, kConditionKeepsMatches, 10, all),
+            (EntryList{in_low, in_high}));
+  EXPECT_EQ(Kept(kConditionAmount, kAmountIs, kConditionKeepsOthers, 10, all),
+            (EntryList{low, high, split}));
+  EXPECT_EQ(Kept(kConditionAmount, kAmountIsMoreThan, kConditionKeepsMatches, 10, all),
+            EntryList{});
+  EXPECT_EQ(Kept(kConditionAmount, kAmountIsLessThan, kConditionKeepsMatches, 10, all),
+            EntryList{split});
+  EXPECT_EQ(Kept(kConditionAmount, 2, kConditionKeepsMatches, 10, all), EntryList{});
   split->addSplitLineItemWithCategory(-1, "", "", 10.0);  // the split total counts
-  EXPECT_EQ(Kept(2, 1, 1, 10, all), (EntryList{in_low, in_high, split}));
+  EXPECT_EQ(Kept(kConditionAmount, kAmountIs, kConditionKeepsMatches, 10, all),
+            (EntryList{in_low, in_high, split}));
 }
 
 TEST(ZELMFilterCondition, AmountAndCheckNumberArePrintedBeforeTheTextTest) {
@@ -117,17 +125,26 @@ TEST(ZELMFilterCondition, AmountAndCheckNumberArePrintedBeforeTheTextTest) {
   split->addSplitLineItemWithCategory(-1, "", "", 0.125);  // items keep unrounded amounts
   split->SetCheckNumber(1042);
   const EntryList all = {big, debit, cents, split};
-  EXPECT_EQ(Kept(11, 8, 1, "1,234.5", all), EntryList{big});
-  EXPECT_EQ(Kept(11, 1, 1, "-1234.56", all), EntryList{debit});
-  EXPECT_EQ(Kept(11, 1, 1, "0.05", all), EntryList{cents});
-  EXPECT_EQ(Kept(11, 1, 1, "0.13", all), EntryList{split});
-  EXPECT_EQ(Kept(11, 6, 1, ",,", all), EntryList{});  // nothing left to find
-  EXPECT_EQ(Kept(10, 1, 1, "-1", all), (EntryList{big, debit, cents}));
-  EXPECT_EQ(Kept(10, 9, 1, "42", all), EntryList{split});
+  EXPECT_EQ(Kept(kConditionAmountString, kTextStartsWith, kConditionKeepsMatches, "1,234.5", all),
+            EntryList{big});
+  EXPECT_EQ(Kept(kConditionAmountString, kTextIsEqualTo, kConditionKeepsMatches, "-1234.56", all),
+            EntryList{debit});
+  EXPECT_EQ(Kept(kConditionAmountString, kTextIsEqualTo, kConditionKeepsMatches, "0.05", all),
+            EntryList{cents});
+  EXPECT_EQ(Kept(kConditionAmountString, kTextIsEqualTo, kConditionKeepsMatches, "0.13", all),
+            EntryList{split});
+  EXPECT_EQ(Kept(kConditionAmountString, kTextContains, kConditionKeepsMatches, ",,", all),
+            EntryList{});  // nothing left to find
+  EXPECT_EQ(Kept(kConditionCheckString, kTextIsEqualTo, kConditionKeepsMatches, "-1", all),
+            (EntryList{big, debit, cents}));
+  EXPECT_EQ(Kept(kConditionCheckString, kTextEndsWith, kConditionKeepsMatches, "42", all),
+            EntryList{split});
 
   testing::ScopedSettingsPin european({.thousandsSeparator = ".", .decimalSeparator = ","});
-  EXPECT_EQ(Kept(11, 1, 1, "1.234,56", all), EntryList{big});
-  EXPECT_EQ(Kept(11, 6, 1, "1234.56", all), EntryList{});
+  EXPECT_EQ(Kept(kConditionAmountString, kTextIsEqualTo, kConditionKeepsMatches, "1.234,56", all),
+            EntryList{big});
+  EXPECT_EQ(Kept(kConditionAmountString, kTextContains, kConditionKeepsMatches, "1234.56", all),
+            EntryList{});
 }
 
 TEST(ZELMFilterCondition, NamesAreLookedUpAndUnknownNumbersAreDroppedWhateverTheLogic) {
@@ -139,13 +156,19 @@ TEST(ZELMFilterCondition, NamesAreLookedUpAndUnknownNumbersAreDroppedWhateverThe
   unknown->SetType(77);
   unknown->SetCategory(77);
   const EntryList all = {known, unknown, orphan};
-  EXPECT_EQ(Kept(3, 1, 1, "CHECK", all), EntryList{known});
-  EXPECT_EQ(Kept(3, 6, 0, "xyz", all), EntryList{known});
-  EXPECT_EQ(Kept(8, 8, 1, "auto:f", all), EntryList{known});
-  EXPECT_EQ(Kept(8, 1, 0, "Fuel", all), EntryList{known});
+  EXPECT_EQ(Kept(kConditionType, kTextIsEqualTo, kConditionKeepsMatches, "CHECK", all),
+            EntryList{known});
+  EXPECT_EQ(Kept(kConditionType, kTextContains, kConditionKeepsOthers, "xyz", all),
+            EntryList{known});
+  EXPECT_EQ(Kept(kConditionCategory, kTextStartsWith, kConditionKeepsMatches, "auto:f", all),
+            EntryList{known});
+  EXPECT_EQ(Kept(kConditionCategory, kTextIsEqualTo, kConditionKeepsOthers, "Fuel", all),
+            EntryList{known});
   // General searches the names too; an unknown name is empty text and drops nothing.
-  EXPECT_EQ(Kept(50, 9, 1, "fuel", all), EntryList{known});
-  EXPECT_EQ(Kept(50, 6, 0, "check", all), (EntryList{unknown, orphan}));
+  EXPECT_EQ(Kept(kConditionGeneral, kTextEndsWith, kConditionKeepsMatches, "fuel", all),
+            EntryList{known});
+  EXPECT_EQ(Kept(kConditionGeneral, kTextContains, kConditionKeepsOthers, "check", all),
+            (EntryList{unknown, orphan}));
 }
 
 TEST(ZELMFilterCondition, SplitLinesPassOneAtATimeAndEntriesWithoutLinesAreDropped) {
@@ -155,12 +178,18 @@ TEST(ZELMFilterCondition, SplitLinesPassOneAtATimeAndEntriesWithoutLinesAreDropp
   split->addSplitLineItemWithCategory(3, "lunch", "", -5);
   lost->addSplitLineItemWithCategory(99, "gas", "", -1);  // not in the tree: skipped
   const EntryList all = {plain, split, lost};
-  EXPECT_EQ(Kept(20, 1, 1, "fuel", all), EntryList{split});
-  EXPECT_EQ(Kept(20, 8, 1, "auto", all), EntryList{});
-  EXPECT_EQ(Kept(20, 1, 0, "fuel", all), EntryList{split});
-  EXPECT_EQ(Kept(20, 6, 0, "F", all), EntryList{});
-  EXPECT_EQ(Kept(21, 1, 1, "GAS", all), (EntryList{split, lost}));
-  EXPECT_EQ(Kept(21, 1, 0, "gas", all), EntryList{split});
+  EXPECT_EQ(Kept(kConditionSplitCategory, kTextIsEqualTo, kConditionKeepsMatches, "fuel", all),
+            EntryList{split});
+  EXPECT_EQ(Kept(kConditionSplitCategory, kTextStartsWith, kConditionKeepsMatches, "auto", all),
+            EntryList{});
+  EXPECT_EQ(Kept(kConditionSplitCategory, kTextIsEqualTo, kConditionKeepsOthers, "fuel", all),
+            EntryList{split});
+  EXPECT_EQ(Kept(kConditionSplitCategory, kTextContains, kConditionKeepsOthers, "F", all),
+            EntryList{});
+  EXPECT_EQ(Kept(kConditionSplitDescription, kTextIsEqualTo, kConditionKeepsMatches, "GAS", all),
+            (EntryList{split, lost}));
+  EXPECT_EQ(Kept(kConditionSplitDescription, kTextIsEqualTo, kConditionKeepsOthers, "gas", all),
+            EntryList{split});
 }
 
 TEST(ZELMFilterCondition, BooleansCompareTheFlagWithTheDataUnderQualifierOneOnly) {
@@ -171,11 +200,12 @@ TEST(ZELMFilterCondition, BooleansCompareTheFlagWithTheDataUnderQualifierOneOnly
   set->SetTaxDeductible(true);
   set->SetVoid(true);
   const EntryList all = {set, clear};
-  for (std::int32_t category : {4, 6, 7, 9}) {
+  for (std::int32_t category :
+       {kConditionCheck, kConditionCleared, kConditionTaxDeductible, kConditionVoid}) {
     SCOPED_TRACE(category);
-    EXPECT_EQ(Kept(category, 1, 1, true, all), EntryList{set});
-    EXPECT_EQ(Kept(category, 1, 0, 0, all), EntryList{set});
-    EXPECT_EQ(Kept(category, 2, 0, true, all), all);
+    EXPECT_EQ(Kept(category, kFlagIsSet, kConditionKeepsMatches, true, all), EntryList{set});
+    EXPECT_EQ(Kept(category, kFlagIsSet, kConditionKeepsOthers, 0, all), EntryList{set});
+    EXPECT_EQ(Kept(category, 2, kConditionKeepsOthers, true, all), all);
   }
 }
 

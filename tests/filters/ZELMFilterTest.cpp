@@ -15,7 +15,9 @@ std::shared_ptr<ZELMFilterConditionGroup> Group(std::int32_t logic, std::int32_t
   auto group = std::make_shared<ZELMFilterConditionGroup>();
   group->setLogic(logic);
   group->setQualifier(qualifier);
-  for (const char* text : texts) group->addConditionWithCategory(0, 1, 6, text);
+  for (const char* text : texts)
+    group->addConditionWithCategory(kConditionDescription, kConditionKeepsMatches, kTextContains,
+                                    text);
   return group;
 }
 
@@ -31,52 +33,52 @@ class ZELMFilterTest : public ::testing::Test {
 
 TEST_F(ZELMFilterTest, GroupsJoinConditionsWithAllOrAny) {
   EXPECT_EQ(ZELMFilterConditionGroup().filterEntries(all), all);
-  EXPECT_EQ(Group(0, 1, {"a", "b"})->filterEntries(all), EntryList{ab});
-  EXPECT_EQ(Group(0, 0, {"a", "b", "c"})->filterEntries(all), all);
-  EXPECT_EQ(Group(0, 2, {"a"})->filterEntries(all), EntryList{});
+  EXPECT_EQ(Group(kGroupNarrows, kGroupMatchesAll, {"a", "b"})->filterEntries(all), EntryList{ab});
+  EXPECT_EQ(Group(kGroupNarrows, kGroupMatchesAny, {"a", "b", "c"})->filterEntries(all), all);
+  EXPECT_EQ(Group(kGroupNarrows, 2, {"a"})->filterEntries(all), EntryList{});
   // An any-group that leaves entries unmatched after its last condition fails as a whole.
-  EXPECT_EQ(Group(0, 0, {"a", "b"})->filterEntries(all), std::nullopt);
-  EXPECT_EQ(Group(0, 0, {})->filterEntries(all), std::nullopt);
-  EXPECT_EQ(Group(0, 0, {})->filterEntries({}), EntryList{});
+  EXPECT_EQ(Group(kGroupNarrows, kGroupMatchesAny, {"a", "b"})->filterEntries(all), std::nullopt);
+  EXPECT_EQ(Group(kGroupNarrows, kGroupMatchesAny, {})->filterEntries(all), std::nullopt);
+  EXPECT_EQ(Group(kGroupNarrows, kGroupMatchesAny, {})->filterEntries({}), EntryList{});
 }
 
 TEST_F(ZELMFilterTest, FiltersNarrowAndAddByIdentity) {
   ZELMFilter filter;
   EXPECT_EQ(filter.filterEntries(all), all);
   // A(0) then B(1): A's matches that B does not add, then B's matches.
-  filter.addConditionGroup(Group(0, 1, {"a"}));
-  filter.addConditionGroup(Group(1, 1, {"b"}));
+  filter.addConditionGroup(Group(kGroupNarrows, kGroupMatchesAll, {"a"}));
+  filter.addConditionGroup(Group(kGroupAdds, kGroupMatchesAll, {"b"}));
   EXPECT_EQ(filter.filterEntries(all), (EntryList{a, ab, b}));
   // A(0), B(1), C(0) is (A and C) or B.
-  filter.addConditionGroup(Group(0, 1, {"a "}));
+  filter.addConditionGroup(Group(kGroupNarrows, kGroupMatchesAll, {"a "}));
   EXPECT_EQ(filter.filterEntries(all), (EntryList{ab, b}));
   // Other logic values are skipped.
-  filter.insertConditionGroup(Group(2, 1, {"zzz"}), 0);
+  filter.insertConditionGroup(Group(2, kGroupMatchesAll, {"zzz"}), 0);
   EXPECT_EQ(filter.filterEntries(all), (EntryList{ab, b}));
 
   // A lone adding group never narrows: everything, the added entries last, and an entry
   // listed twice is added twice.
   ZELMFilter adds;
-  adds.addConditionGroup(Group(1, 1, {"b"}));
+  adds.addConditionGroup(Group(kGroupAdds, kGroupMatchesAll, {"b"}));
   EXPECT_EQ(adds.filterEntries(all), (EntryList{a, c, ab, b}));
   EXPECT_EQ(adds.filterEntries({b, c, b}), (EntryList{c, b, b}));
 }
 
 TEST_F(ZELMFilterTest, AFailingGroupLeavesTheFilterWithoutAResult) {
   ZELMFilter filter;
-  filter.addConditionGroup(Group(1, 0, {"a"}));
+  filter.addConditionGroup(Group(kGroupAdds, kGroupMatchesAny, {"a"}));
   EXPECT_EQ(filter.filterEntries(all), EntryList{});
   EXPECT_EQ(filter.filterAndTotalEntries(all), 0.0);
   // Only the entries a group is given count: here the any-group sees "a" entries alone.
   ZELMFilter narrowed;
-  narrowed.addConditionGroup(Group(0, 1, {"a"}));
-  narrowed.addConditionGroup(Group(0, 0, {"b", "a"}));
+  narrowed.addConditionGroup(Group(kGroupNarrows, kGroupMatchesAll, {"a"}));
+  narrowed.addConditionGroup(Group(kGroupNarrows, kGroupMatchesAny, {"b", "a"}));
   EXPECT_EQ(narrowed.filterEntries(all), (EntryList{ab, a}));
 }
 
 TEST_F(ZELMFilterTest, TotalSkipsVoidEntriesAndUsesSplitTotals) {
   ZELMFilter filter;
-  filter.addConditionGroup(Group(0, 0, {"a", "b", "c"}));
+  filter.addConditionGroup(Group(kGroupNarrows, kGroupMatchesAny, {"a", "b", "c"}));
   EXPECT_EQ(filter.filterAndTotalEntries(all), -15.0);
   b->SetVoid(true);
   c->addSplitLineItemWithCategory(-1, "", "", -0.5);
@@ -85,7 +87,8 @@ TEST_F(ZELMFilterTest, TotalSkipsVoidEntriesAndUsesSplitTotals) {
 
 TEST_F(ZELMFilterTest, ListsIgnoreDuplicatesAndBadIndexes) {
   ZELMFilter filter;
-  const auto first = Group(0, 1, {}), second = Group(1, 1, {});
+  const auto first = Group(kGroupNarrows, kGroupMatchesAll, {}),
+             second = Group(kGroupAdds, kGroupMatchesAll, {});
   filter.addConditionGroup(first);
   filter.addConditionGroup(first);
   filter.insertConditionGroup(second, 2);
@@ -95,8 +98,11 @@ TEST_F(ZELMFilterTest, ListsIgnoreDuplicatesAndBadIndexes) {
   EXPECT_EQ(filter.conditionGroups(), (std::vector{first, second}));
 
   // A condition needs data, and is in a group once.
-  EXPECT_EQ(first->addConditionWithCategory(5, 0, 9, plist::Value()), nullptr);
-  const auto condition = first->addConditionWithCategory(5, 0, 9, "x");
+  EXPECT_EQ(first->addConditionWithCategory(kConditionToFrom, kConditionKeepsOthers, kTextEndsWith,
+                                            plist::Value()),
+            nullptr);
+  const auto condition =
+      first->addConditionWithCategory(kConditionToFrom, kConditionKeepsOthers, kTextEndsWith, "x");
   first->addCondition(condition);
   EXPECT_EQ(first->conditions(), std::vector{condition});
 }
@@ -125,7 +131,7 @@ TEST(ZELMFilterStoredForm, RoundTripsSkipsWhatDoesNotLoadAndCopiesDeeply) {
 
   const auto copy = ZELMFilter::filterWithFilter(filter.get());
   EXPECT_EQ(copy->asDictionary(), stored);
-  copy->conditionGroups()[0]->conditions()[0]->setQualifier(63);
+  copy->conditionGroups()[0]->conditions()[0]->setQualifier(kDateThisYear);
   copy->setName(std::nullopt);
   EXPECT_EQ(filter->asDictionary(), stored);
   EXPECT_EQ(ZELMFilter::filterWithFilter(nullptr), nullptr);

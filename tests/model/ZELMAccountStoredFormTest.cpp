@@ -7,9 +7,9 @@
 
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountSchedule.h"
-#include "folvant/model/ZELMAccountsController.h"
 #include "folvant/platform/Resources.h"
 #include "folvant/values/LVCurrency.h"
+#include "tests/support/FakeAccountsController.h"
 #include "tests/support/TestSupport.h"
 
 namespace folvant {
@@ -18,42 +18,20 @@ namespace {
 using plist::Array;
 using plist::Dictionary;
 using plist::Value;
+using testing::FakeAccountsController;
 using testing::LogCapture;
 using testing::ScopedClockPin;
 using Messages = std::vector<std::string>;
 
 constexpr int kToday = 20080314;
 
-// An accounts controller with a base currency (USD) and a registered euro.
-class FakeController final : public ZELMAccountsController {
- public:
-  FakeController() {
-    list_.push_back(
-        std::make_shared<LVCurrency>("USD", "US Dollar", "$", true, ",", ".", 1.0, 20080101));
-    list_.push_back(
-        std::make_shared<LVCurrency>("EUR", "Euro", "€", false, ".", ",", 0.64, 20080101));
-  }
-  std::shared_ptr<LVCurrency> currency() const override { return list_[0]; }
-  std::shared_ptr<LVCurrency> currencyWithCode(std::string_view code) const override {
-    for (const auto& c : list_) {
-      if (c->code() == code) return c;
-    }
-    return nullptr;
-  }
-  std::vector<std::shared_ptr<LVCurrency>>& currencies() override { return list_; }
-  std::shared_ptr<ZELMAccountEntryCategory> categoryWithNumber(std::int32_t) const override {
-    return nullptr;
-  }
-  std::vector<std::shared_ptr<ZELMAccountEntryCategory>> allCategories() const override {
-    return {};
-  }
-  std::shared_ptr<ZELMAccountEntryType> accountEntryTypeForNumber(std::int32_t) const override {
-    return nullptr;
-  }
-
- private:
-  std::vector<std::shared_ptr<LVCurrency>> list_;
-};
+// A base currency (USD) and a registered euro.
+void AddDollarAndEuro(FakeAccountsController& controller) {
+  controller.AddCurrency(
+      std::make_shared<LVCurrency>("USD", "US Dollar", "$", true, ",", ".", 1.0, 20080101));
+  controller.AddCurrency(
+      std::make_shared<LVCurrency>("EUR", "Euro", "€", false, ".", ",", 0.64, 20080101));
+}
 
 Dictionary StoredEntry(int number, int date, double amount, std::string_view description) {
   ZELMAccountEntry entry;
@@ -196,7 +174,8 @@ TEST(ZELMAccountStoredForm, FullAccountRoundTripsInWrittenOrder) {
 
 TEST(ZELMAccountStoredForm, EmptyDictionaryGivesNewAccountWithBaseCurrency) {
   ScopedClockPin pin(kToday);
-  FakeController controller;
+  FakeAccountsController controller;
+  AddDollarAndEuro(controller);
   LogCapture log;
   const Dictionary empty;
   const ZELMAccount loaded(&empty, &controller);
@@ -368,7 +347,8 @@ TEST(ZELMAccountStoredForm, SelectionTypesAndLayoutEdges) {
 }
 
 TEST(ZELMAccountStoredForm, CurrencyResolvesAgainstTheController) {
-  FakeController controller;
+  FakeAccountsController controller;
+  AddDollarAndEuro(controller);
   Dictionary stored = FullAccount();
   // A registered code shares the registered object.
   stored.set("currency", controller.currencies()[1]->asDictionary());
