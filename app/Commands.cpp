@@ -10,6 +10,7 @@ void RegisterCommands(CLI::App& app, Context& context, CommandList& actions) {
   RegisterUpgradeCommand(app, context, actions);
   RegisterFolderCommand(app, context, actions);
   RegisterSmartFolderCommand(app, context, actions);
+  RegisterRepairCommand(app, context, actions);
 }
 
 }  // namespace folvant::app

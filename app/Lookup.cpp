@@ -8,18 +8,28 @@
 
 namespace folvant::app {
 
-std::shared_ptr<ZELMAccount> FindAccount(Context& context, const Book& book,
-                                         std::string_view name) {
+std::shared_ptr<ZELMAccount> FindAccount(Context& context, Book& book, std::string_view name) {
   auto account = book.FindAccount(name);
-  if (!account) Fail(context, "no account named \"" + std::string(name) + "\" in the book");
-  return account;
+  PrintWarnings(context, book);
+  if (!account) {
+    Fail(context, account.error());
+    return nullptr;
+  }
+  return *account;
 }
 
 std::shared_ptr<ZELMAccount> OpenAccount(Context& context, std::unique_ptr<Book>& book,
-                                         std::string_view name) {
-  book = OpenBook(context);
+                                         std::string_view name, Book::Access access) {
+  book = OpenBook(context, access);
   if (!book) return nullptr;
-  return FindAccount(context, *book, name);
+  if (access == Book::Access::kRead) return FindAccount(context, *book, name);
+  auto account = book->AccountToChange(name);
+  PrintWarnings(context, *book);
+  if (!account) {
+    Fail(context, account.error());
+    return nullptr;
+  }
+  return *account;
 }
 
 std::string EntryTypeName(const ZELMAccount& account, const ZELMAccountEntry& entry) {

@@ -18,11 +18,13 @@ namespace folvant::app {
 // Finding what a command names. The finders print one line and return nullptr when the thing
 // is not there.
 
-// The account of that name or number.
-std::shared_ptr<ZELMAccount> FindAccount(Context& context, const Book& book, std::string_view name);
-// Opens the book into `book` and finds the account in it.
+// The account of that name or number, for reading.
+std::shared_ptr<ZELMAccount> FindAccount(Context& context, Book& book, std::string_view name);
+// Opens the book into `book` and finds the account in it, for reading or, with
+// Book::Access::kWrite, for changing.
 std::shared_ptr<ZELMAccount> OpenAccount(Context& context, std::unique_ptr<Book>& book,
-                                         std::string_view name);
+                                         std::string_view name,
+                                         Book::Access access = Book::Access::kRead);
 
 // The first item of `list` (folders, smart folders) whose name is `name`, ignoring case;
 // nullptr when there is none. Prints nothing.

@@ -27,25 +27,45 @@ std::filesystem::path LocateBook(std::string_view option) {
   return data / "folvant" / "book";
 }
 
-std::unique_ptr<Book> OpenBook(Context& context) {
-  std::string error;
-  const char* password = std::getenv("FOLVANT_PASSWORD");
-  auto book = Book::Open(LocateBook(context.book), error,
-                         password ? std::optional<std::string>(password) : std::nullopt);
-  if (!book) Fail(context, error);
-  return book;
+std::unique_ptr<Book> OpenBook(Context& context, Book::Access access) {
+  Book::OpenOptions options;
+  options.access = access;
+  if (const char* password = std::getenv("FOLVANT_PASSWORD")) options.password = password;
+  auto book = Book::Open(LocateBook(context.book), options);
+  if (!book) {
+    Fail(context, book.error());
+    return nullptr;
+  }
+  return std::move(*book);
 }
 
-bool SaveBook(Context& context, const Book& book) {
-  std::string error;
-  if (book.Save(error)) return true;
-  Fail(context, error);
-  return false;
+bool SaveBook(Context& context, Book& book) {
+  if (auto failed = book.Save()) {
+    Fail(context, *failed);
+    return false;
+  }
+  return true;
 }
 
 int Fail(Context& context, std::string_view message) {
   context.err << "folvant: " << message << '\n';
   return 1;
+}
+
+int Fail(Context& context, const BookError& error) {
+  Fail(context, error.message);
+  if (context.verbose) {
+    for (const std::string& detail : error.details) context.err << "  " << detail << '\n';
+  } else if (!error.details.empty()) {
+    context.err << "folvant: (--verbose lists the " << error.details.size() << " messages)\n";
+  }
+  return 1;
+}
+
+void PrintWarnings(Context& context, Book& book) {
+  for (const std::string& warning : book.TakeWarnings()) {
+    context.err << "folvant: warning: " << warning << '\n';
+  }
 }
 
 std::string FormatDateNumber(std::int32_t date) { return platform::FormatIsoDate(date); }

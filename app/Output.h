@@ -18,12 +18,17 @@ namespace folvant::app {
 // Where the book is: --book, else $FOLVANT_BOOK, else $XDG_DATA_HOME/folvant/book (with
 // ~/.local/share as the default data directory).
 std::filesystem::path LocateBook(std::string_view option);
-// Opens the book named by the global options; on failure prints one line and returns nullptr.
-std::unique_ptr<Book> OpenBook(Context& context);
+// Opens the book named by the global options, for reading or for changing; on failure prints
+// one line and returns nullptr.
+std::unique_ptr<Book> OpenBook(Context& context, Book::Access access = Book::Access::kRead);
 // Saves the book; on failure prints one line and returns false.
-bool SaveBook(Context& context, const Book& book);
+bool SaveBook(Context& context, Book& book);
 // Prints "folvant: <message>" on the error stream and returns the failure status 1.
 int Fail(Context& context, std::string_view message);
+// Prints the error (and with --verbose what lies behind it) and returns 1.
+int Fail(Context& context, const BookError& error);
+// Prints the book's warnings, one line each.
+void PrintWarnings(Context& context, Book& book);
 
 // A date number as YYYY-MM-DD.
 std::string FormatDateNumber(std::int32_t date);

@@ -15,6 +15,7 @@ int RunFolvant(int argc, const char* const* argv, std::ostream& out, std::ostrea
   app.require_subcommand(0, 1);
   Context context{out, err, {}};
   app.add_option("--book", context.book, "Folder of the book (default: $FOLVANT_BOOK)");
+  app.add_flag("--verbose", context.verbose, "Show every message behind a summary");
   std::string today;
   app.add_option("--today", today,
                  "Take this day (YYYY-MM-DD) as today (default: $FOLVANT_TODAY, else the clock)");

@@ -13,6 +13,7 @@ struct Context {
   std::ostream& out;
   std::ostream& err;
   std::string book;  // --book; empty: FOLVANT_BOOK, else the default folder
+  bool verbose = false;  // --verbose: every message behind a summary
 };
 
 // A command adds its subcommand to the parser and returns the action run when it is chosen.

@@ -45,6 +45,7 @@ std::shared_ptr<LVCurrency> CurrencyFor(Book& book, const std::string& code) {
                                             known.symbolFirst, known.thousands, known.decimal, 1.0,
                                             platform::Today());
       book.currencies().push_back(c);
+      book.BookChanged();
       return c;
     }
   }
@@ -53,16 +54,13 @@ std::shared_ptr<LVCurrency> CurrencyFor(Book& book, const std::string& code) {
   c->setDescription(code);
   c->setSymbol(code);
   book.currencies().push_back(c);
+  book.BookChanged();
   return c;
 }
 
 int NewAccount(Context& context, const NewAccountOptions& options) {
-  auto book = OpenBook(context);
+  auto book = OpenBook(context, Book::Access::kWrite);
   if (!book) return 1;
-  if (options.name.empty()) return Fail(context, "an account needs a name");
-  if (book->FindAccount(options.name)) {
-    return Fail(context, "an account named \"" + options.name + "\" already exists");
-  }
   std::shared_ptr<LVCurrency> currency = book->currency();
   if (!options.currency.empty()) {
     // Checked against no list: a code already in the book is reused, not refused.
@@ -71,7 +69,9 @@ int NewAccount(Context& context, const NewAccountOptions& options) {
     }
     currency = CurrencyFor(*book, options.currency);
   }
-  auto account = book->AddAccount(options.name);
+  auto added = book->AddAccount(options.name);
+  if (!added) return Fail(context, added.error());
+  const auto& account = *added;
   account->setCurrency(currency);
   account->SetStartingBalance(options.startingBalance);
   account->SetStartingCheckNumber(options.startingCheck);
@@ -81,31 +81,43 @@ int NewAccount(Context& context, const NewAccountOptions& options) {
   return 0;
 }
 
+// The balance column: the amount, or why there is none.
+std::string BalanceText(const Book& book, const AccountListing& line) {
+  if (line.locked) return "locked";
+  if (!line.balance) return "-";
+  auto currency = book.currencyWithCode(line.currency);
+  return FormatAmount(currency ? *currency : *book.currency(), *line.balance);
+}
+
 int ListAccounts(Context& context, bool json) {
   auto book = OpenBook(context);
   if (!book) return 1;
+  const std::vector<AccountListing> list = book->ListAccounts();
+  PrintWarnings(context, *book);
   if (json) {
     context.out << "[";
     bool first = true;
-    for (const auto& account : book->accounts()) {
-      context.out << (first ? "\n" : ",\n") << "  {\"number\": " << account->GetNumber()
-                  << ", \"name\": " << JsonString(account->GetName())
-                  << ", \"currency\": " << JsonString(account->currency()->code())
-                  << ", \"balance\": " << PlainAmount(account->GetBalance()) << "}";
+    for (const AccountListing& line : list) {
+      context.out << (first ? "\n" : ",\n") << "  {\"number\": " << line.number
+                  << ", \"name\": " << JsonString(line.name)
+                  << ", \"currency\": " << JsonString(line.currency) << ", \"balance\": "
+                  << (line.balance ? PlainAmount(*line.balance) : std::string("null"))
+                  << ", \"problem\": " << (line.problem.empty() ? "null" : JsonString(line.problem))
+                  << "}";
       first = false;
     }
     context.out << (first ? "]\n" : "\n]\n");
     return 0;
   }
   std::size_t width = 4;
-  for (const auto& account : book->accounts())
-    width = std::max(width, DisplayWidth(account->GetName()));
+  for (const AccountListing& line : list) width = std::max(width, DisplayWidth(line.name));
   context.out << Pad("Name", width) << "  " << std::setw(16) << "Balance"
               << "  Currency\n";
-  for (const auto& account : book->accounts()) {
-    context.out << Pad(account->GetName(), width) << "  "
-                << PadLeft(FormatAmount(*account->currency(), account->GetBalance()), 16) << "  "
-                << account->currency()->code() << '\n';
+  for (const AccountListing& line : list) {
+    context.out << Pad(line.name, width) << "  " << PadLeft(BalanceText(*book, line), 16) << "  "
+                << line.currency;
+    if (!line.problem.empty()) context.out << "  (" << line.problem << ")";
+    context.out << '\n';
   }
   return 0;
 }

@@ -17,5 +17,6 @@ void RegisterScheduleCommand(CLI::App& app, Context& context, CommandList& actio
 void RegisterUpgradeCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterFolderCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterSmartFolderCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterRepairCommand(CLI::App& app, Context& context, CommandList& actions);
 
 }  // namespace folvant::app

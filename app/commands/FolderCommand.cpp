@@ -77,7 +77,7 @@ int ListFolders(Context& context, const FolderOptions& options) {
 
 int NewFolder(Context& context, const FolderOptions& options) {
   std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, options.account);
+  auto account = OpenAccount(context, book, options.account, Book::Access::kWrite);
   if (!account) return 1;
   if (options.name.empty()) return Fail(context, "a folder needs a name");
   if (FindNamed(account->folders(), options.name)) {
@@ -99,7 +99,7 @@ int MoveEntries(Context& context, const FolderOptions& options) {
     return 2;  // a usage error
   }
   std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, options.account);
+  auto account = OpenAccount(context, book, options.account, Book::Access::kWrite);
   if (!account) return 1;
   std::shared_ptr<ZELMAccountFolder> target;
   if (!options.toRegister && !(target = FindNamed(account->folders(), options.to))) {
@@ -124,7 +124,7 @@ int MoveEntries(Context& context, const FolderOptions& options) {
 
 int RemoveFolder(Context& context, const FolderOptions& options) {
   std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, options.account);
+  auto account = OpenAccount(context, book, options.account, Book::Access::kWrite);
   if (!account) return 1;
   auto folder = FindNamed(account->folders(), options.name);
   if (!folder) return NoFolder(context, *account, options.name);

@@ -12,9 +12,8 @@ void RegisterInitCommand(CLI::App& app, Context& context, CommandList& actions) 
   init->add_option("DIR", *directory, "Folder of the new book (default: --book or $FOLVANT_BOOK)");
   actions.emplace_back(init, [&context, directory]() {
     const auto path = LocateBook(directory->empty() ? context.book : *directory);
-    std::string error;
-    auto book = Book::Create(path, error);
-    if (!book) return Fail(context, error);
+    auto book = Book::Create(path);
+    if (!book) return Fail(context, book.error());
     context.out << "Created a book in " << path.string() << '\n';
     return 0;
   });

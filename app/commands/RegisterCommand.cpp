@@ -292,8 +292,14 @@ void PrintJson(Context& context, const ZELMAccount& account, const std::vector<R
 }
 
 int ShowRegister(Context& context, const RegisterOptions& options) {
-  std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, options.account);
+  // Filter options may change the stored filter: only then is the book opened for changing.
+  const bool may_change = options.reset || options.searchOption->count() > 0 ||
+                          options.fieldOption->count() > 0 || options.datesOption->count() > 0 ||
+                          options.resolved || options.unresolved || options.taxDeductible ||
+                          options.notTaxDeductible;
+  auto book = OpenBook(context, may_change ? Book::Access::kWrite : Book::Access::kRead);
+  if (!book) return 1;
+  auto account = FindAccount(context, *book, options.account);
   if (!account) return 1;
   // The shown folder and smart folder are not stored with the account: they apply to this
   // command only.
@@ -312,7 +318,10 @@ int ShowRegister(Context& context, const RegisterOptions& options) {
   // The filter settings are the account's own: stored, so the next register shows the same.
   const ViewSettings before = ReadSettings(*account);
   ApplyOptions(*account, options);
-  if (!(ReadSettings(*account) == before) && !SaveBook(context, *book)) return 1;
+  if (!(ReadSettings(*account) == before)) {
+    if (auto refused = book->Changed(*account)) return Fail(context, *refused);
+    if (!SaveBook(context, *book)) return 1;
+  }
 
   account->CacheRunningBalances();
   account->setFolder(folder);

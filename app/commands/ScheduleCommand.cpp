@@ -205,7 +205,8 @@ int ShowDue(Context& context, const DueOptions& options) {
   if (!DateOption(context, options.date, date)) return 1;
   std::vector<std::shared_ptr<ZELMAccount>> accounts;
   if (options.account.empty()) {
-    accounts = book->accounts();
+    accounts = book->LoadAllAccounts();
+    PrintWarnings(context, *book);
   } else {
     auto account = FindAccount(context, *book, options.account);
     if (!account) return 1;
@@ -280,7 +281,7 @@ struct EnterOptions {
 
 int EnterOccurrence(Context& context, const EnterOptions& options) {
   std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, options.account);
+  auto account = OpenAccount(context, book, options.account, Book::Access::kWrite);
   if (!account) return 1;
   auto s = account->ScheduleForNumber(options.number);
   if (!s) {
@@ -338,7 +339,7 @@ int EnterOccurrence(Context& context, const EnterOptions& options) {
 
 int RemoveSchedule(Context& context, const std::string& account_name, std::int32_t number) {
   std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, account_name);
+  auto account = OpenAccount(context, book, account_name, Book::Access::kWrite);
   if (!account) return 1;
   auto s = account->ScheduleForNumber(number);
   if (!s) {
@@ -404,7 +405,7 @@ bool FirstDayFrom(sc::Day from, int limit, const std::function<bool(sc::Day)>& m
 
 int AddSchedule(Context& context, const AddOptions& o) {
   std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, o.account);
+  auto account = OpenAccount(context, book, o.account, Book::Access::kWrite);
   if (!account) return 1;
 
   // --every [N] UNIT, as two words or one ("2 weeks")

@@ -135,7 +135,7 @@ int NewSmartFolder(Context& context, const SmartFolderOptions& options) {
     conditions.push_back(std::move(condition));
   }
   std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, options.account);
+  auto account = OpenAccount(context, book, options.account, Book::Access::kWrite);
   if (!account) return 1;
   if (options.name.empty()) return Fail(context, "a smart folder needs a name");
   if (FindNamed(account->smartFolders(), options.name)) {
@@ -163,7 +163,7 @@ int NewSmartFolder(Context& context, const SmartFolderOptions& options) {
 
 int RemoveSmartFolder(Context& context, const SmartFolderOptions& options) {
   std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, options.account);
+  auto account = OpenAccount(context, book, options.account, Book::Access::kWrite);
   if (!account) return 1;
   auto filter = FindNamed(account->smartFolders(), options.name);
   if (!filter) {

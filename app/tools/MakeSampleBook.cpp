@@ -253,32 +253,36 @@ int Main(int argc, char** argv) {
     return 2;
   }
   platform::PinClock(local_days{2026y / June / 30} + hours{12});
-  std::string error;
-  auto book = Book::Create(argv[1], error);
-  if (!book) {
-    std::cerr << "folvant_make_sample: " << error << '\n';
+  auto created = Book::Create(argv[1]);
+  if (!created) {
+    std::cerr << "folvant_make_sample: " << created.error().message << '\n';
     return 1;
   }
+  Book* book = created->get();
+  book->setWriteStyle(plist::Format::kXml, /*records=*/false);
   book->currencies().push_back(
       std::make_shared<LVCurrency>("EUR", "Euro", "€", false, ".", ",", 1.08, 20260630));
   SampleWriter writer(*book);
   writer.Categories();
-  auto checking = book->AddAccount("Checking");
+  auto checking = *book->AddAccount("Checking");
   checking->SetStartingBalance(2450.00);
   checking->SetStartingCheckNumber(1001);
-  auto savings = book->AddAccount("Savings");
+  auto savings = *book->AddAccount("Savings");
   savings->SetStartingBalance(10000.00);
-  auto euro = book->AddAccount("Euro Travel");
+  auto euro = *book->AddAccount("Euro Travel");
   euro->setCurrency(book->currencyWithCode("EUR"));
   euro->SetStartingBalance(1200.00);
   writer.Year(*checking, *savings, *euro);
-  if (!book->Save(error, plist::Format::kXml)) {
-    std::cerr << "folvant_make_sample: " << error << '\n';
+  book->BookChanged();
+  if (auto failed = book->Save()) {
+    std::cerr << "folvant_make_sample: " << failed->message << '\n';
     return 1;
   }
   // The sample ships without the backups that saving keeps.
   for (const auto& file : std::filesystem::recursive_directory_iterator(argv[1])) {
-    if (file.path().extension() == ".bak") std::filesystem::remove(file.path());
+    if (file.path().extension() == ".bak" || file.path().filename() == Book::kLockFileName) {
+      std::filesystem::remove(file.path());
+    }
   }
   return 0;
 }

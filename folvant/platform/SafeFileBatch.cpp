@@ -1,6 +1,7 @@
 #include "folvant/platform/SafeFileBatch.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -22,7 +23,18 @@ void SyncDirectory(const std::filesystem::path& directory) {
   }
 }
 
+FileIdentity IdentityFromStat(const struct stat& st) {
+  return {static_cast<std::uint64_t>(st.st_ino), static_cast<std::uint64_t>(st.st_size),
+          static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1'000'000'000 + st.st_mtim.tv_nsec};
+}
+
 }  // namespace
+
+std::optional<FileIdentity> IdentityOf(const std::filesystem::path& path) {
+  struct stat st {};
+  if (::stat(path.c_str(), &st) != 0) return std::nullopt;
+  return IdentityFromStat(st);
+}
 
 SafeFileBatch::~SafeFileBatch() {
   std::error_code ignored;
@@ -30,7 +42,7 @@ SafeFileBatch::~SafeFileBatch() {
 }
 
 bool SafeFileBatch::Stage(const std::filesystem::path& path, std::string_view bytes,
-                          std::string& error) {
+                          std::string& error, FileIdentity* identity, bool backup) {
   std::filesystem::path temporary = path;
   temporary += ".new";
   const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
@@ -50,12 +62,14 @@ bool SafeFileBatch::Stage(const std::filesystem::path& path, std::string_view by
     }
     written += static_cast<std::size_t>(n);
   }
-  if (::fsync(fd) != 0 || ::close(fd) != 0) {
+  struct stat st {};
+  if (::fsync(fd) != 0 || ::fstat(fd, &st) != 0 || ::close(fd) != 0) {
     error = Describe(temporary, errno);
     ::unlink(temporary.c_str());
     return false;
   }
-  staged_.push_back({path, std::move(temporary)});
+  if (identity != nullptr) *identity = IdentityFromStat(st);
+  staged_.push_back({path, std::move(temporary), backup});
   return true;
 }
 
@@ -63,11 +77,16 @@ bool SafeFileBatch::Commit(std::string& error) {
   for (const Staged& staged : staged_) {
     std::filesystem::path backup = staged.path;
     backup += ".bak";
-    // The old file becomes the backup by a hard link, so that `path` exists at every moment.
-    if (::access(staged.path.c_str(), F_OK) == 0) {
-      ::unlink(backup.c_str());
-      if (::link(staged.path.c_str(), backup.c_str()) != 0) {
+    // The old file becomes the backup by a hard link renamed over the old backup, so that both
+    // `path` and a backup exist at every moment.
+    if (staged.backup && ::access(staged.path.c_str(), F_OK) == 0) {
+      std::filesystem::path link = backup;
+      link += ".new";
+      ::unlink(link.c_str());
+      if (::link(staged.path.c_str(), link.c_str()) != 0 ||
+          ::rename(link.c_str(), backup.c_str()) != 0) {
         error = Describe(backup, errno);
+        ::unlink(link.c_str());
         return false;
       }
     }

@@ -30,8 +30,8 @@ TEST_F(Cli, NewBookAccountsAndEmptyRegister) {
   ASSERT_EQ(list.status, 0) << list.err;
   EXPECT_EQ(list.out,
             "[\n  {\"number\": 0, \"name\": \"Checking\", \"currency\": \"USD\", \"balance\": "
-            "100.01},\n  {\"number\": 1, \"name\": \"Euro\", \"currency\": \"EUR\", "
-            "\"balance\": 0.00}\n]\n");
+            "100.01, \"problem\": null},\n  {\"number\": 1, \"name\": \"Euro\", \"currency\": "
+            "\"EUR\", \"balance\": 0.00, \"problem\": null}\n]\n");
   EXPECT_TRUE(list.err.empty()) << list.err;
 
   CommandResult reg = Folvant("--book book register checking --json");
@@ -43,7 +43,7 @@ TEST_F(Cli, NewBookAccountsAndEmptyRegister) {
 TEST_F(Cli, BadInputGivesOneLineAndNonZeroStatus) {
   CommandResult missing = Folvant("--book nowhere account list");
   EXPECT_EQ(missing.status, 1);
-  EXPECT_NE(missing.err.find("nowhere/book.plist"), std::string::npos) << missing.err;
+  EXPECT_NE(missing.err.find("nowhere: no book here"), std::string::npos) << missing.err;
   EXPECT_EQ(testing::LineCount(missing.err), 1u);
 
   ASSERT_EQ(Folvant("init book").status, 0);
@@ -52,16 +52,22 @@ TEST_F(Cli, BadInputGivesOneLineAndNonZeroStatus) {
   EXPECT_EQ(unknown.status, 1);
   EXPECT_EQ(unknown.err, "folvant: no account named \"Savings\" in the book\n");
 
-  // A damaged account file is named in the error, and the failed command changes nothing.
+  // A damaged account file is named in the error of the commands that need it, and only
+  // theirs: the rest of the book works as usual.
   const fs::path account = dir_ / "book" / "accounts" / "0.plist";
   { std::ofstream(account, std::ios::binary) << "bplist00\x01\x02garbage"; }
-  const std::string book_before = BookFile("book.plist");
-  CommandResult damaged = Folvant("--book book account new Savings");
+  const std::string account_before = BookFile("accounts/0.plist");
+  CommandResult damaged = Folvant("--book book folder new Checking Bills");
   EXPECT_EQ(damaged.status, 1);
-  EXPECT_NE(damaged.err.find("accounts/0.plist"), std::string::npos) << damaged.err;
+  EXPECT_NE(damaged.err.find("accounts/0.plist is damaged"), std::string::npos) << damaged.err;
+  EXPECT_NE(damaged.err.find("no backup"), std::string::npos) << damaged.err;
   EXPECT_EQ(testing::LineCount(damaged.err), 1u) << damaged.err;
-  EXPECT_EQ(BookFile("book.plist"), book_before);
-  EXPECT_FALSE(fs::exists(dir_ / "book" / "accounts" / "1.plist"));
+  EXPECT_EQ(BookFile("accounts/0.plist"), account_before);
+  EXPECT_EQ(Folvant("--book book account new Savings").status, 0);
+  CommandResult list = Folvant("--book book account list");
+  EXPECT_EQ(list.status, 0);
+  EXPECT_NE(list.out.find("Checking"), std::string::npos) << list.out;
+  EXPECT_NE(list.out.find("is damaged"), std::string::npos) << list.out;
 
   EXPECT_EQ(Folvant("--book book register Checking --sort 9").status, 2)
       << "an unknown sort key is a usage error";

@@ -1,0 +1,47 @@
+#include <ostream>
+
+#include "app/Output.h"
+#include "app/commands/Commands.h"
+#include "folvant/book/Book.h"
+
+namespace folvant::app {
+namespace {
+
+struct RepairOptions {
+  std::string account;
+  bool fromBackup = false;
+};
+
+int Repair(Context& context, const RepairOptions& options) {
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto report = book->Repair(options.account, options.fromBackup);
+  PrintWarnings(context, *book);
+  if (!report) return Fail(context, report.error());
+  auto& out = context.out;
+  if (report->fromBackup) {
+    out << "Put back the backup of \"" << report->account << "\" as " << report->file.string()
+        << '\n';
+  } else {
+    out << "Repaired \"" << report->account << "\": " << report->damage << "; "
+        << report->file.string() << " now holds the account as it was read\n";
+  }
+  if (!report->damagedCopy.empty()) {
+    out << "The damaged file is kept as " << report->damagedCopy.string() << '\n';
+  }
+  return 0;
+}
+
+}  // namespace
+
+void RegisterRepairCommand(CLI::App& app, Context& context, CommandList& actions) {
+  auto options = std::make_shared<RepairOptions>();
+  CLI::App* repair = app.add_subcommand(
+      "repair", "Repair an account whose file is damaged, keeping the damaged file beside it");
+  repair->add_option("ACCOUNT", options->account, "Name or number of the account")->required();
+  repair->add_flag("--from-backup", options->fromBackup,
+                   "Put back the previous version of the file (its .bak) instead");
+  actions.emplace_back(repair, [&context, options]() { return Repair(context, *options); });
+}
+
+}  // namespace folvant::app
