@@ -1,5 +1,7 @@
 #include "app/Output.h"
 
+#include <charconv>
+#include <climits>
 #include <cstdlib>
 #include <cstdio>
 #include <ostream>
@@ -72,6 +74,30 @@ std::string FormatDateNumber(std::int32_t date) { return platform::FormatIsoDate
 
 bool ParseDateNumber(std::string_view text, std::int32_t& date) {
   return platform::ParseIsoDate(text, date);
+}
+
+CLI::Validator IsoDate() {
+  return CLI::Validator(
+      [](const std::string& value) -> std::string {
+        std::int32_t date = 0;
+        return ParseDateNumber(value, date) ? std::string()
+                                            : "\"" + value + "\" is not a date (YYYY-MM-DD)";
+      },
+      "");
+}
+
+CLI::Validator ZeroOrMore() {
+  return CLI::Validator(
+      [](const std::string& value) -> std::string {
+        long long n = 0;
+        const auto result = std::from_chars(value.data(), value.data() + value.size(), n);
+        if (result.ec == std::errc() && result.ptr == value.data() + value.size() && n >= 0 &&
+            n <= INT32_MAX) {
+          return {};
+        }
+        return "\"" + value + "\": must be a whole number, 0 or more";
+      },
+      "");
 }
 
 std::string JsonString(std::string_view text) {

@@ -34,6 +34,10 @@ void PrintWarnings(Context& context, Book& book);
 std::string FormatDateNumber(std::int32_t date);
 // Parses YYYY-MM-DD (or YYYYMMDD) into a date number; false when it is not a valid day.
 bool ParseDateNumber(std::string_view text, std::int32_t& date);
+// An option check: the value is a day written YYYY-MM-DD (a usage error otherwise).
+CLI::Validator IsoDate();
+// An option check: the value is a whole number, 0 or more.
+CLI::Validator ZeroOrMore();
 // A JSON string literal.
 std::string JsonString(std::string_view text);
 // Number of characters (code points) of a UTF-8 text, for lining up columns.

@@ -134,7 +134,7 @@ void RegisterAccountCommand(CLI::App& app, Context& context, CommandList& action
   create->add_option("--currency", options->currency, "Currency code (default: the base currency)");
   create->add_option("--starting-balance", options->startingBalance, "Opening balance");
   create->add_option("--starting-check", options->startingCheck, "First check number")
-      ->check(CLI::NonNegativeNumber);
+      ->check(ZeroOrMore());
   actions.emplace_back(create, [&context, options]() { return NewAccount(context, *options); });
 
   auto json = std::make_shared<bool>(false);

@@ -1,98 +1,48 @@
-#include <algorithm>
-#include <iomanip>
+#include <charconv>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
 
-#include "folvant/book/Book.h"
-#include "app/Lookup.h"
 #include "app/Output.h"
 #include "app/commands/Commands.h"
-#include "folvant/filters/ZELMFilter.h"
+#include "app/render/AmountText.h"
+#include "app/render/Json.h"
+#include "app/render/Table.h"
+#include "folvant/book/Book.h"
+#include "folvant/book/RegisterView.h"
+#include "folvant/filters/FilterCodes.h"
 #include "folvant/model/ZELMAccount.h"
-#include "folvant/model/ZELMAccountEntry.h"
-#include "folvant/model/ZELMAccountEntryCategory.h"
-#include "folvant/model/ZELMAccountEntryType.h"
-#include "folvant/model/ZELMAccountFolder.h"
-#include "folvant/platform/Clock.h"
-#include "folvant/platform/Text.h"
+#include "folvant/platform/CivilDate.h"
 #include "folvant/values/LVCurrency.h"
 
 namespace folvant::app {
 namespace {
 
-// Sort keys of the register, as the account numbers them.
-constexpr int kSortByDateChecksFirst = 1;
-
-// The register view's search field: the option's word and the stored filter type. Any other
-// stored type searches every text field, as "general" does.
-struct FieldName {
-  const char* word;
-  std::int32_t type;
-};
-constexpr FieldName kFieldNames[] = {
-    {"general", 0},         {"description", 10}, {"payee", 11},
-    {"type", 12},           {"notes", 13},       {"amount", 14},
-    {"check", 15},          {"category", 16},    {"split-description", 71},
-    {"split-category", 72},
-};
-
-// The register view's date ranges: the option's word and the stored date-filter type. A
-// custom range FROM..TO is type 61 with the stored start and end days; any type not listed
-// sets no date limit.
-struct DatesName {
-  const char* word;
-  std::int32_t type;
-};
-constexpr std::int32_t kDatesAll = 60;
-constexpr std::int32_t kDatesCustom = 61;
-constexpr DatesName kDatesNames[] = {
-    {"all", kDatesAll},   {"through-today", 20}, {"today", 21},           {"yesterday", 22},
-    {"this-week", 30},    {"this-month", 31},    {"this-quarter", 32},    {"this-year", 33},
-    {"last-week", 40},    {"last-month", 41},    {"last-quarter", 42},    {"last-year", 43},
-    {"week-to-date", 50}, {"month-to-date", 51}, {"quarter-to-date", 52}, {"year-to-date", 53},
-};
-
-// Resolved and tax-deductible settings: only those set, only those not set, all.
-constexpr std::int32_t kResolvedOnly = 80, kUnresolvedOnly = 81, kAnyResolved = 82;
-constexpr std::int32_t kTaxDeductibleOnly = 90, kNotTaxDeductibleOnly = 91, kAnyTaxDeductible = 92;
-
 struct RegisterOptions {
-  std::string account;
-  int sort = kSortByDateChecksFirst;
-  bool descending = false;
+  RegisterQuery query;
+  std::string sort = "date";
   bool json = false;
   // The view filter; each is applied only when given on the command line.
-  std::string search;
-  std::string field;
-  std::string dates;
-  bool resolved = false;
-  bool unresolved = false;
-  bool taxDeductible = false;
-  bool notTaxDeductible = false;
-  bool reset = false;
-  std::string folder;
-  std::string smartFolder;
+  std::string search, field, dates;
+  bool resolved = false, unresolved = false, taxDeductible = false, notTaxDeductible = false;
   CLI::Option* searchOption = nullptr;
   CLI::Option* fieldOption = nullptr;
   CLI::Option* datesOption = nullptr;
 };
 
-// The seven stored settings of the register view, to tell whether a command changed them.
-struct ViewSettings {
-  std::int32_t filterType, resolved, taxDeductible, dateType, start, end;
-  plist::Value data;
-  bool operator==(const ViewSettings&) const = default;
-};
+// The code of a word in `words`, or nullopt.
+std::optional<std::int32_t> CodeOf(const std::vector<RegisterWord>& words, std::string_view word) {
+  for (const RegisterWord& w : words) {
+    if (word == w.word) return w.code;
+  }
+  return std::nullopt;
+}
 
-ViewSettings ReadSettings(const ZELMAccount& account) {
-  return {account.entryFilterType(),
-          account.entryResolvedFilterType(),
-          account.entryTaxDeductibleFilterType(),
-          account.entryDateFilterType(),
-          account.entryDateFilterStartDate(),
-          account.entryDateFilterEndDate(),
-          account.entryFilterData()};
+std::string WordList(const std::vector<RegisterWord>& words) {
+  std::string list;
+  for (const RegisterWord& w : words) list += std::string(list.empty() ? "" : ", ") + w.word;
+  return list;
 }
 
 // FROM..TO as two days; false when the text is not such a range.
@@ -103,252 +53,211 @@ bool ParseCustomRange(std::string_view text, std::int32_t& from, std::int32_t& t
 }
 
 std::string ValidateDates(const std::string& text) {
-  for (const DatesName& name : kDatesNames) {
-    if (text == name.word) return {};
-  }
   std::int32_t from = 0, to = 0;
-  if (ParseCustomRange(text, from, to)) return {};
-  std::string allowed;
-  for (const DatesName& name : kDatesNames) allowed += std::string(name.word) + ", ";
-  return "\"" + text + "\" is not a date range; use one of: " + allowed +
-         "or FROM..TO (YYYY-MM-DD..YYYY-MM-DD, FROM not after TO)";
+  if (CodeOf(RegisterDateRanges(), text) || ParseCustomRange(text, from, to)) return {};
+  return "\"" + text + "\" is not a date range; use one of: " + WordList(RegisterDateRanges()) +
+         ", or FROM..TO (YYYY-MM-DD..YYYY-MM-DD, FROM not after TO)";
 }
 
-void ApplyOptions(ZELMAccount& account, const RegisterOptions& options) {
-  if (options.reset) {
-    const plist::Value empty{std::string()};
-    account.setEntryFilterType(0);
-    account.setEntryFilterData(&empty);
-    account.setEntryResolvedFilterType(kAnyResolved);
-    account.setEntryTaxDeductibleFilterType(kAnyTaxDeductible);
-    account.setEntryDateFilterType(kDatesAll);
-    account.setEntryDateFilterStartDate(platform::Today());
-    account.setEntryDateFilterEndDate(platform::Today());
-  }
-  if (options.searchOption->count() > 0) {
-    const plist::Value data{options.search};
-    account.setEntryFilterData(&data);
-  }
-  if (options.fieldOption->count() > 0) {
-    for (const FieldName& name : kFieldNames) {
-      if (options.field == name.word) account.setEntryFilterType(name.type);
-    }
-  }
-  if (options.datesOption->count() > 0) {
+RegisterFilterChange FilterChange(const RegisterOptions& o) {
+  RegisterFilterChange change;
+  change.reset = o.query.filter.reset;
+  if (o.searchOption->count() > 0) change.search = o.search;
+  if (o.fieldOption->count() > 0) change.field = CodeOf(RegisterSearchFields(), o.field);
+  if (o.datesOption->count() > 0) {
     std::int32_t from = 0, to = 0;
-    if (ParseCustomRange(options.dates, from, to)) {
-      account.setEntryDateFilterType(kDatesCustom);
-      account.setEntryDateFilterStartDate(from);
-      account.setEntryDateFilterEndDate(to);
+    if (ParseCustomRange(o.dates, from, to)) {
+      change.dates = kShowCustomDates;
+      change.from = from;
+      change.to = to;
+    } else {
+      change.dates = CodeOf(RegisterDateRanges(), o.dates);
     }
-    for (const DatesName& name : kDatesNames) {
-      if (options.dates == name.word) account.setEntryDateFilterType(name.type);
+  }
+  if (o.resolved) change.resolved = kShowResolvedOnly;
+  if (o.unresolved) change.resolved = kShowUnresolvedOnly;
+  if (o.taxDeductible) change.taxDeductible = kShowTaxDeductibleOnly;
+  if (o.notTaxDeductible) change.taxDeductible = kShowNotTaxDeductibleOnly;
+  return change;
+}
+
+std::string_view ResolvedMark(const RegisterRow& row) {
+  return row.resolved ? (row.isVoid ? "RV" : "R") : (row.isVoid ? "V" : "");
+}
+
+// YYYY-MM-DD into `out`, without going through a formatter.
+void AppendDate(std::string& out, std::int32_t date) {
+  if (date < 0 || date > 99991231) {
+    out += platform::FormatIsoDate(date);
+    return;
+  }
+  char text[10] = {char('0' + date / 10000000), char('0' + date / 1000000 % 10),
+                   char('0' + date / 100000 % 10), char('0' + date / 10000 % 10), '-',
+                   char('0' + date / 1000 % 10), char('0' + date / 100 % 10), '-',
+                   char('0' + date / 10 % 10), char('0' + date % 10)};
+  out.append(text, sizeof text);
+}
+
+void AppendNumber(std::string& out, std::int64_t n, std::size_t width) {
+  char text[24];
+  const auto end = std::to_chars(text, text + sizeof text, n).ptr;
+  const std::size_t length = static_cast<std::size_t>(end - text);
+  if (length < width) out.append(width - length, ' ');
+  out.append(text, length);
+}
+
+void AppendAmount(std::string& out, const render::AmountWriter& writer, double amount,
+                  std::size_t width) {
+  char text[64];
+  const std::size_t length = writer.Write(amount, text);
+  const std::size_t shown = render::DisplayWidth(std::string_view(text, length));
+  if (shown < width) out.append(width - shown, ' ');
+  out.append(text, length);
+}
+
+void PrintText(Context& context, const RegisterView& view) {
+  const LVCurrency& currency = *view.account->currency();
+  const render::AmountWriter amounts(currency);
+  using render::Align;
+  constexpr std::size_t kNumber = 6, kCheck = 6, kType = 14, kToFrom = 22, kDescription = 24,
+                        kCategory = 22, kAmount = 14;
+  std::string out;
+  out.reserve(1 << 16);
+  if (view.filter.active) out += "Filter: " + view.filter.line + "\n";
+  render::AppendPadded(out, "No.", kNumber, Align::kRight);
+  out += "  ";
+  render::AppendPadded(out, "Date", 10, Align::kLeft);
+  out += "  ";
+  render::AppendPadded(out, "Check", kCheck, Align::kRight);
+  for (auto [title, width] : {std::pair{"Type", kType}, {"To/From", kToFrom},
+                              {"Description", kDescription}, {"Category", kCategory}}) {
+    out += "  ";
+    render::AppendPadded(out, title, width, Align::kLeft);
+  }
+  out += "  R ";
+  render::AppendPadded(out, "Amount", kAmount, Align::kRight);
+  out += "  ";
+  render::AppendPadded(out, "Balance", kAmount, Align::kRight);
+  out += '\n';
+  for (const RegisterRow& row : view.rows) {
+    AppendNumber(out, row.number, kNumber);
+    out += "  ";
+    AppendDate(out, row.date);
+    out += "  ";
+    if (row.checkNumber) {
+      AppendNumber(out, *row.checkNumber, kCheck);
+    } else {
+      out.append(kCheck, ' ');
+    }
+    out += "  ";
+    render::AppendPadded(out, row.type, kType, Align::kLeft);
+    out += "  ";
+    render::AppendPadded(out, row.toFrom, kToFrom, Align::kLeft);
+    out += "  ";
+    render::AppendPadded(out, row.description, kDescription, Align::kLeft);
+    out += "  ";
+    render::AppendPadded(out, row.category, kCategory, Align::kLeft);
+    out += "  ";
+    render::AppendPadded(out, ResolvedMark(row), 2, Align::kLeft);
+    AppendAmount(out, amounts, row.amount, kAmount);
+    out += "  ";
+    AppendAmount(out, amounts, row.balance, kAmount);
+    out += '\n';
+    if (out.size() > (1 << 16) - 512) {
+      context.out.write(out.data(), static_cast<std::streamsize>(out.size()));
+      out.clear();
     }
   }
-  if (options.resolved) account.setEntryResolvedFilterType(kResolvedOnly);
-  if (options.unresolved) account.setEntryResolvedFilterType(kUnresolvedOnly);
-  if (options.taxDeductible) account.setEntryTaxDeductibleFilterType(kTaxDeductibleOnly);
-  if (options.notTaxDeductible) account.setEntryTaxDeductibleFilterType(kNotTaxDeductibleOnly);
+  out += '\n';
+  auto line = [&](std::string_view label, double amount) {
+    render::AppendPadded(out, label, 18, Align::kLeft);
+    amounts.Append(out, amount);
+    out += '\n';
+  };
+  if (view.filter.active) {
+    render::AppendPadded(out, "Shown:", 18, Align::kLeft);
+    out += std::to_string(view.rows.size()) + " of " + std::to_string(view.allEntries) +
+           " entries, total " + amounts.Text(view.shownTotal) + "\n";
+  }
+  line("Current balance:", view.balance);
+  line("Today's balance:", view.todaysBalance);
+  line("Resolved balance:", view.resolvedBalance);
+  context.out.write(out.data(), static_cast<std::streamsize>(out.size()));
 }
 
-// What the register shows, in words, for the header and the JSON output.
-struct FilterDescription {
-  bool active = false;
-  std::string field = "general";
-  std::string search;
-  std::string dates = "none";  // a stored type that sets no date limit
-  std::string resolved = "all";
-  std::string taxDeductible = "all";
-  std::string folder;
-  std::string smartFolder;
-  std::string line;  // "Filter: ..." without the prefix
-};
-
-FilterDescription Describe(const ZELMAccount& account, const ZELMAccountFolder* folder,
-                           const ZELMFilter* smart_folder) {
-  FilterDescription d;
-  std::vector<std::string> parts;
-  for (const FieldName& name : kFieldNames) {
-    if (name.type == account.entryFilterType()) d.field = name.word;
-  }
-  if (const std::string* text = account.entryFilterData().asString()) d.search = *text;
-  if (!d.search.empty()) parts.push_back(d.field + " contains \"" + d.search + "\"");
-  const std::int32_t date_type = account.entryDateFilterType();
-  if (date_type == kDatesCustom) {
-    d.dates = FormatDateNumber(account.entryDateFilterStartDate()) + ".." +
-              FormatDateNumber(account.entryDateFilterEndDate());
-  }
-  for (const DatesName& name : kDatesNames) {
-    if (name.type == date_type) d.dates = name.word;
-  }
-  if (date_type != kDatesAll && d.dates != "none") parts.push_back("dates " + d.dates);
-  if (account.entryResolvedFilterType() == kResolvedOnly) d.resolved = "resolved";
-  if (account.entryResolvedFilterType() == kUnresolvedOnly) d.resolved = "unresolved";
-  if (d.resolved != "all") parts.push_back(d.resolved + " only");
-  if (account.entryTaxDeductibleFilterType() == kTaxDeductibleOnly) d.taxDeductible = "yes";
-  if (account.entryTaxDeductibleFilterType() == kNotTaxDeductibleOnly) d.taxDeductible = "no";
-  if (d.taxDeductible == "yes") parts.push_back("tax-deductible only");
-  if (d.taxDeductible == "no") parts.push_back("not tax-deductible only");
-  if (folder != nullptr) {
-    d.folder = folder->name();
-    parts.push_back("folder \"" + d.folder + "\"");
-  }
-  if (smart_folder != nullptr) {
-    d.smartFolder = smart_folder->name();
-    parts.push_back("smart folder \"" + d.smartFolder + "\"");
-  }
-  d.active = !parts.empty();
-  for (std::size_t i = 0; i < parts.size(); ++i) d.line += (i > 0 ? ", " : "") + parts[i];
-  return d;
+render::Json OrNull(const std::string& text) {
+  return text.empty() ? render::Json(nullptr) : render::JsonText(text);
 }
 
-struct Row {
-  const ZELMAccountEntry* entry;
-  std::string type;
-  std::string category;
-};
-
-std::string ResolvedMark(const ZELMAccountEntry& entry) {
-  std::string mark = entry.GetCleared() ? "R" : "";
-  if (entry.GetVoid()) mark += "V";
-  return mark;
-}
-
-void PrintText(Context& context, const ZELMAccount& account, const std::vector<Row>& rows,
-               const FilterDescription& filter) {
-  const LVCurrency& currency = *account.currency();
-  if (filter.active) context.out << "Filter: " << filter.line << '\n';
-  constexpr std::size_t kType = 14, kToFrom = 22, kDescription = 24, kCategory = 22;
-  context.out << Pad("Date", 10) << "  " << std::setw(6) << "Check"
-              << "  " << Pad("Type", kType) << "  " << Pad("To/From", kToFrom) << "  "
-              << Pad("Description", kDescription) << "  " << Pad("Category", kCategory) << "  "
-              << Pad("R", 2) << std::setw(14) << "Amount"
-              << "  " << std::setw(14) << "Balance" << '\n';
-  for (const Row& row : rows) {
-    const ZELMAccountEntry& e = *row.entry;
-    context.out << FormatDateNumber(e.GetDate()) << "  " << std::setw(6)
-                << (e.IsCheck() ? std::to_string(e.GetCheckNumber()) : std::string()) << "  "
-                << Pad(row.type, kType) << "  " << Pad(e.GetToFrom(), kToFrom) << "  "
-                << Pad(e.GetDescription(), kDescription) << "  " << Pad(row.category, kCategory)
-                << "  " << Pad(ResolvedMark(e), 2)
-                << PadLeft(FormatAmount(currency, e.GetAmount()), 14) << "  "
-                << PadLeft(FormatAmount(currency, e.GetCachedRunningBalance()), 14) << '\n';
+void PrintJson(Context& context, const RegisterView& view) {
+  using render::Json;
+  using render::JsonAmount;
+  using render::JsonText;
+  const RegisterFilterWords& f = view.filter;
+  Json entries = Json::array();
+  entries.get_ref<Json::array_t&>().reserve(view.rows.size());
+  for (const RegisterRow& row : view.rows) {
+    Json e = Json::object();
+    e["number"] = row.number;
+    e["date"] = platform::FormatIsoDate(row.date);
+    e["checkNumber"] = row.checkNumber ? Json(*row.checkNumber) : Json(nullptr);
+    e["type"] = JsonText(row.type);
+    e["toFrom"] = JsonText(row.toFrom);
+    e["description"] = JsonText(row.description);
+    e["category"] = JsonText(row.category);
+    e["resolved"] = row.resolved;
+    e["void"] = row.isVoid;
+    e["amount"] = JsonAmount(row.amount);
+    e["balance"] = JsonAmount(row.balance);
+    entries.push_back(std::move(e));
   }
-  context.out << '\n';
-  if (filter.active) {
-    double total = 0.0;
-    for (const Row& row : rows) {
-      if (!row.entry->GetVoid()) total += row.entry->GetAmount();
-    }
-    context.out << Pad("Shown:", 18) << rows.size() << " of " << account.GetAllEntries().size()
-                << " entries, total " << FormatAmount(currency, total) << '\n';
-  }
-  context.out << Pad("Current balance:", 18) << FormatAmount(currency, account.GetBalance()) << '\n'
-              << Pad("Today's balance:", 18) << FormatAmount(currency, account.GetTodaysBalance())
-              << '\n'
-              << Pad("Resolved balance:", 18)
-              << FormatAmount(currency, account.GetResolvedBalance()) << '\n';
+  Json document = Json::object();
+  document["account"] = JsonText(view.account->GetName());
+  document["currency"] = JsonText(view.currency);
+  document["filter"] = {{"active", f.active},
+                        {"field", f.field},
+                        {"search", JsonText(f.search)},
+                        {"dates", f.dates},
+                        {"from", platform::FormatIsoDate(f.from)},
+                        {"to", platform::FormatIsoDate(f.to)},
+                        {"resolved", f.resolved},
+                        {"taxDeductible", f.taxDeductible},
+                        {"folder", OrNull(f.folder)},
+                        {"smartFolder", OrNull(f.smartFolder)}};
+  document["entries"] = std::move(entries);
+  document["balances"] = {{"current", JsonAmount(view.balance)},
+                          {"today", JsonAmount(view.todaysBalance)},
+                          {"resolved", JsonAmount(view.resolvedBalance)}};
+  render::WriteJson(context.out, document);
 }
 
-std::string JsonOrNull(const std::string& text) {
-  return text.empty() ? std::string("null") : JsonString(text);
-}
-
-void PrintJson(Context& context, const ZELMAccount& account, const std::vector<Row>& rows,
-               const FilterDescription& filter) {
-  auto& out = context.out;
-  out << "{\n  \"account\": " << JsonString(account.GetName())
-      << ",\n  \"currency\": " << JsonString(account.currency()->code())
-      << ",\n  \"filter\": {\"active\": " << (filter.active ? "true" : "false")
-      << ", \"field\": " << JsonString(filter.field)
-      << ", \"search\": " << JsonString(filter.search)
-      << ", \"dates\": " << JsonString(filter.dates)
-      << ", \"from\": " << JsonString(FormatDateNumber(account.entryDateFilterStartDate()))
-      << ", \"to\": " << JsonString(FormatDateNumber(account.entryDateFilterEndDate()))
-      << ", \"resolved\": " << JsonString(filter.resolved)
-      << ", \"taxDeductible\": " << JsonString(filter.taxDeductible)
-      << ", \"folder\": " << JsonOrNull(filter.folder)
-      << ", \"smartFolder\": " << JsonOrNull(filter.smartFolder) << "}"
-      << ",\n  \"entries\": [";
-  bool first = true;
-  for (const Row& row : rows) {
-    const ZELMAccountEntry& e = *row.entry;
-    out << (first ? "\n" : ",\n") << "    {\"number\": " << e.GetNumber()
-        << ", \"date\": " << JsonString(FormatDateNumber(e.GetDate()))
-        << ", \"checkNumber\": " << (e.IsCheck() ? std::to_string(e.GetCheckNumber()) : "null")
-        << ", \"type\": " << JsonString(row.type) << ", \"toFrom\": " << JsonString(e.GetToFrom())
-        << ", \"description\": " << JsonString(e.GetDescription())
-        << ", \"category\": " << JsonString(row.category)
-        << ", \"resolved\": " << (e.GetCleared() ? "true" : "false")
-        << ", \"void\": " << (e.GetVoid() ? "true" : "false")
-        << ", \"amount\": " << PlainAmount(e.GetAmount())
-        << ", \"balance\": " << PlainAmount(e.GetCachedRunningBalance()) << "}";
-    first = false;
-  }
-  out << (first ? "],\n" : "\n  ],\n")
-      << "  \"balances\": {\"current\": " << PlainAmount(account.GetBalance())
-      << ", \"today\": " << PlainAmount(account.GetTodaysBalance())
-      << ", \"resolved\": " << PlainAmount(account.GetResolvedBalance()) << "}\n}\n";
-}
-
-int ShowRegister(Context& context, const RegisterOptions& options) {
-  // Filter options may change the stored filter: only then is the book opened for changing.
-  const bool may_change = options.reset || options.searchOption->count() > 0 ||
-                          options.fieldOption->count() > 0 || options.datesOption->count() > 0 ||
-                          options.resolved || options.unresolved || options.taxDeductible ||
-                          options.notTaxDeductible;
-  auto book = OpenBook(context, may_change ? Book::Access::kWrite : Book::Access::kRead);
+int Show(Context& context, RegisterOptions& options) {
+  options.query.sort =
+      static_cast<RegisterSort>(*CodeOf(RegisterSortWords(), options.sort));
+  options.query.filter = FilterChange(options);
+  // Only a query that may change the stored filter opens the book for changing.
+  auto book = OpenBook(context, options.query.filter.any() ? Book::Access::kWrite
+                                                           : Book::Access::kRead);
   if (!book) return 1;
-  auto account = FindAccount(context, *book, options.account);
-  if (!account) return 1;
-  // The shown folder and smart folder are not stored with the account: they apply to this
-  // command only.
-  std::shared_ptr<ZELMAccountFolder> folder;
-  std::shared_ptr<ZELMFilter> smart_folder;
-  if (!options.folder.empty() && !(folder = FindNamed(account->folders(), options.folder))) {
-    return Fail(context,
-                "no folder named \"" + options.folder + "\" in \"" + account->GetName() + "\"");
-  }
-  if (!options.smartFolder.empty() &&
-      !(smart_folder = FindNamed(account->smartFolders(), options.smartFolder))) {
-    return Fail(context, "no smart folder named \"" + options.smartFolder + "\" in \"" +
-                             account->GetName() + "\"");
-  }
-
-  // The filter settings are the account's own: stored, so the next register shows the same.
-  const ViewSettings before = ReadSettings(*account);
-  ApplyOptions(*account, options);
-  if (!(ReadSettings(*account) == before)) {
-    if (auto refused = book->Changed(*account)) return Fail(context, *refused);
-    if (!SaveBook(context, *book)) return 1;
-  }
-
-  account->CacheRunningBalances();
-  account->setFolder(folder);
-  account->setSmartFolder(smart_folder);
-  ZELMAccount::EntryList shown = account->entryFilteredEntries();
-  // The account sorts the shown folder's list in place; a scratch folder holding the shown
-  // entries gets the register's order without reordering any stored list.
-  auto scratch = std::make_shared<ZELMAccountFolder>();
-  scratch->setEntries(std::move(shown));
-  account->setFolder(scratch);
-  account->SortBy(options.sort, options.descending);
-  account->setFolder(nullptr);
-  account->setSmartFolder(nullptr);
-
-  std::vector<Row> rows;
-  rows.reserve(scratch->entries().size());
-  for (const auto& entry : scratch->entries()) {
-    rows.push_back(
-        {entry.get(), EntryTypeName(*account, *entry), EntryCategoryName(*account, *entry)});
-  }
-  const FilterDescription filter = Describe(*account, folder.get(), smart_folder.get());
+  auto view = ShowRegister(*book, options.query);
+  PrintWarnings(context, *book);
+  if (!view) return Fail(context, view.error());
   if (options.json) {
-    PrintJson(context, *account, rows, filter);
+    PrintJson(context, *view);
   } else {
-    PrintText(context, *account, rows, filter);
+    PrintText(context, *view);
   }
   return 0;
+}
+
+// A check that the value is one of the words.
+CLI::Validator OneOf(const std::vector<RegisterWord>& words, const char* what) {
+  return CLI::Validator(
+      [&words, what](const std::string& value) -> std::string {
+        if (CodeOf(words, value)) return {};
+        return "\"" + value + "\" is not " + what + "; use one of: " + WordList(words);
+      },
+      "");
 }
 
 }  // namespace
@@ -356,31 +265,20 @@ int ShowRegister(Context& context, const RegisterOptions& options) {
 void RegisterRegisterCommand(CLI::App& app, Context& context, CommandList& actions) {
   auto options = std::make_shared<RegisterOptions>();
   CLI::App* reg = app.add_subcommand("register", "Show an account's register");
-  reg->add_option("ACCOUNT", options->account, "Name or number of the account")->required();
-  reg->add_option("--sort", options->sort,
-                  "Sort key: 0 check number, 1 date (checks first), 2 type, 3 description, "
-                  "4 amount, 5 resolved, 6 to/from")
-      ->check(CLI::Range(0, 6));
-  reg->add_flag("--descending", options->descending, "Sort in descending order");
+  reg->add_option("ACCOUNT", options->query.account, "Name or number of the account")->required();
+  reg->add_option("--sort", options->sort, "Order: " + WordList(RegisterSortWords()))
+      ->check(OneOf(RegisterSortWords(), "a sort order"));
+  reg->add_flag("--descending", options->query.descending, "Sort in descending order");
   reg->add_flag("--json", options->json, "Print JSON");
 
   // The view filter, stored in the account and applied to every later register until reset.
-  std::string fields;
-  for (const FieldName& name : kFieldNames)
-    fields += std::string(fields.empty() ? "" : "|") + name.word;
   options->searchOption =
       reg->add_option("--search", options->search,
                       "Show entries whose text contains TEXT (filter options are remembered)");
-  options->fieldOption = reg->add_option("--field", options->field, "Field searched: " + fields)
-                             ->check([](const std::string& value) -> std::string {
-                               for (const FieldName& name : kFieldNames) {
-                                 if (value == name.word) return {};
-                               }
-                               std::string allowed;
-                               for (const FieldName& name : kFieldNames)
-                                 allowed += std::string(allowed.empty() ? "" : ", ") + name.word;
-                               return "\"" + value + "\" is not a field; use one of: " + allowed;
-                             });
+  options->fieldOption =
+      reg->add_option("--field", options->field,
+                      "Field searched: " + WordList(RegisterSearchFields()))
+          ->check(OneOf(RegisterSearchFields(), "a field"));
   options->datesOption =
       reg->add_option("--dates", options->dates,
                       "Date range: all, through-today, today, yesterday, this-/last-week, "
@@ -394,12 +292,12 @@ void RegisterRegisterCommand(CLI::App& app, Context& context, CommandList& actio
   reg->add_flag("--not-tax-deductible", options->notTaxDeductible,
                 "Show entries that are not tax-deductible only")
       ->excludes(tax);
-  reg->add_flag("--reset", options->reset,
+  reg->add_flag("--reset", options->query.filter.reset,
                 "Forget the stored filter first (other filter options then apply)");
-  auto* folder = reg->add_option("--folder", options->folder, "Show this folder only");
-  reg->add_option("--smart-folder", options->smartFolder, "Show this smart folder")
+  auto* folder = reg->add_option("--folder", options->query.folder, "Show this folder only");
+  reg->add_option("--smart-folder", options->query.smartFolder, "Show this smart folder")
       ->excludes(folder);
-  actions.emplace_back(reg, [&context, options]() { return ShowRegister(context, *options); });
+  actions.emplace_back(reg, [&context, options]() { return Show(context, *options); });
 }
 
 }  // namespace folvant::app

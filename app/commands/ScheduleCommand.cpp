@@ -526,8 +526,16 @@ int AddSchedule(Context& context, const AddOptions& o) {
   s->SetIsDebit(debit);
   s->SetIsDeposit(!debit);
   if (!o.type.empty()) {
-    auto type =
-        debit ? account->debitEntryTypeForName(o.type) : account->depositEntryTypeForName(o.type);
+    // Type names are matched ignoring case, as account names are.
+    std::shared_ptr<ZELMAccountEntryType> type;
+    for (const auto* list : {&account->types(), &account->inactiveTypes()}) {
+      for (const auto& t : *list) {
+        if (!type && t->GetIsDeposit() != debit &&
+            platform::CaseInsensitiveEqual(t->GetName(), o.type)) {
+          type = t;
+        }
+      }
+    }
     if (!type) {
       return Fail(context, "\"" + account->GetName() + "\" has no " +
                                (debit ? "debit" : "deposit") + " type named \"" + o.type + "\"");
@@ -577,7 +585,8 @@ void RegisterScheduleCommand(CLI::App& app, Context& context, CommandList& actio
     auto options = std::make_shared<DueOptions>();
     CLI::App* due = schedule->add_subcommand("due", "Show the occurrences due by a day");
     due->add_option("ACCOUNT", options->account, "Name or number of the account (default: all)");
-    due->add_option("--date", options->date, "The day (YYYY-MM-DD; default: today)");
+    due->add_option("--date", options->date, "The day (YYYY-MM-DD; default: today)")
+        ->check(IsoDate());
     due->add_flag("--json", options->json, "Print JSON");
     actions.emplace_back(due, [&context, options]() { return ShowDue(context, *options); });
   }
@@ -587,7 +596,8 @@ void RegisterScheduleCommand(CLI::App& app, Context& context, CommandList& actio
     enter->add_option("ACCOUNT", options->account, "Name or number of the account")->required();
     enter->add_option("NUMBER", options->number, "Number of the schedule")->required();
     enter->add_option("--date", options->date,
-                      "The occurrence on this day (default: the earliest one due today)");
+                      "The occurrence on this day (default: the earliest one due today)")
+        ->check(IsoDate());
     actions.emplace_back(enter,
                          [&context, options]() { return EnterOccurrence(context, *options); });
   }
@@ -612,14 +622,17 @@ void RegisterScheduleCommand(CLI::App& app, Context& context, CommandList& actio
     add->add_option("--on", o->on,
                     "Weekday (week), day of the month or \"last\" (month, quarter), MM-DD "
                     "(year); the start moves to the first such day");
-    add->add_option("--start", o->start, "First possible day (YYYY-MM-DD)")->required();
+    add->add_option("--start", o->start, "First possible day (YYYY-MM-DD)")
+        ->required()
+        ->check(IsoDate());
     add->add_option("--amount", o->amount, "Amount, negative for money leaving the account")
         ->required();
     add->add_option("--to-from", o->toFrom, "Payee or payer");
     add->add_option("--description", o->description, "Description");
     add->add_option("--type", o->type, "Entry type name (a check type makes checks)");
     add->add_option("--category", o->category, "Full category name (Parent:Child)");
-    auto* until = add->add_option("--until", o->until, "Last possible day (YYYY-MM-DD)");
+    auto* until = add->add_option("--until", o->until, "Last possible day (YYYY-MM-DD)")
+                      ->check(IsoDate());
     auto* times = add->add_option("--times", o->times, "Number of occurrences in all")
                       ->check(CLI::PositiveNumber);
     until->excludes(times);

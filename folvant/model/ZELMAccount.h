@@ -241,6 +241,9 @@ class ZELMAccount {
   // Sorts the shown folder's entries, else the main list, by number and then by the key's
   // comparator: 0 check number, 1 date, 2 type, 3 description, 4 amount, 5 cleared, 6 to/from.
   void SortBy(std::int32_t key, bool descending);
+  // Orders `list` (entries of this account) as SortBy orders the register, leaving every
+  // stored list as it is.
+  void SortEntries(EntryList& list, std::int32_t key, bool descending) const;
   // Account comparators for the account list: -1, 0 or 1, no tie-break.
   int NameIsGreaterThan(const ZELMAccount& other) const;
   int NameIsGreaterThan_Reversed(const ZELMAccount& other) const;

@@ -510,7 +510,10 @@ void ZELMAccount::importToFromsFromAccount(const ZELMAccount* source) {
 
 void ZELMAccount::SortBy(std::int32_t key, bool descending) {
   std::shared_ptr<ZELMAccountFolder> shown = folder();
-  EntryList& list = shown != nullptr ? shown->mutableEntries() : entries_;
+  SortEntries(shown != nullptr ? shown->mutableEntries() : entries_, key, descending);
+}
+
+void ZELMAccount::SortEntries(EntryList& list, std::int32_t key, bool descending) const {
   // The keyed sorts order by key, then number, then position: what sorting by number and then
   // stably by the key's comparator gives.
   std::pair<Comparator, Comparator> comparators{nullptr, nullptr};

@@ -101,7 +101,7 @@ TEST_F(Cli, SampleBookLoadsCleanlyAndBalancesAddUp) {
   EXPECT_NE(reg.out.find("\"category\": \"(split)\""), std::string::npos) << "and a split";
 
   // Sorting by amount, descending, puts the largest deposit first.
-  EXPECT_EQ(testing::JsonList(Run("register Checking --sort 4 --descending --json").out, "amount")
+  EXPECT_EQ(testing::JsonList(Run("register Checking --sort amount --descending --json").out, "amount")
                 .front(),
             "2480.16");
 }

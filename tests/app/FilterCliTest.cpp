@@ -24,8 +24,8 @@ class FilterCli : public testing::Cli {
     const CommandResult run = Run("register " + args + " --json");
     EXPECT_EQ(run.status, 0) << args << ": " << run.err;
     std::size_t rows = 0;
-    for (auto at = run.out.find("{\"number\": "); at != std::string::npos;
-         at = run.out.find("{\"number\": ", at + 1)) {
+    for (auto at = run.out.find("\"number\": "); at != std::string::npos;
+         at = run.out.find("\"number\": ", at + 1)) {
       ++rows;
     }
     return rows;
@@ -38,10 +38,10 @@ class FilterCli : public testing::Cli {
 TEST_F(FilterCli, EachOptionNarrowsTheRegisterAndIsRemembered) {
   EXPECT_EQ(Rows("Savings"), 24);
   const CommandResult plain = Run("register Savings");
-  EXPECT_EQ(plain.out.rfind("Date ", 0), 0u) << "no filter, no header:\n" << plain.out;
+  EXPECT_EQ(plain.out.rfind("   No.  Date ", 0), 0u) << "no filter, no header:\n" << plain.out;
 
   const CommandResult unresolved = Run("register Savings --unresolved");
-  EXPECT_EQ(unresolved.out.rfind("Filter: unresolved only\nDate ", 0), 0u) << unresolved.out;
+  EXPECT_EQ(unresolved.out.rfind("Filter: unresolved only\n   No.  Date ", 0), 0u) << unresolved.out;
   EXPECT_NE(unresolved.out.find("Shown:            4 of 24 entries, total $ 819.98\n"),
             std::string::npos)
       << unresolved.out;
@@ -53,11 +53,12 @@ TEST_F(FilterCli, EachOptionNarrowsTheRegisterAndIsRemembered) {
   EXPECT_EQ(Rows("Savings --search interest --field description"), 10);
   EXPECT_EQ(Rows("Savings --dates 2026-01-01..2026-03-31"), 3);
   const CommandResult all_three = Run("register Savings --json");
-  EXPECT_NE(all_three.out.find(
-                "\"filter\": {\"active\": true, \"field\": \"description\", \"search\": "
-                "\"interest\", \"dates\": \"2026-01-01..2026-03-31\", \"from\": \"2026-01-01\", "
-                "\"to\": \"2026-03-31\", \"resolved\": \"resolved\", \"taxDeductible\": \"all\", "
-                "\"folder\": null, \"smartFolder\": null}"),
+  EXPECT_NE(all_three.out.find("  \"filter\": {\n    \"active\": true,\n    \"field\": "
+                               "\"description\",\n    \"search\": \"interest\",\n    \"dates\": "
+                               "\"2026-01-01..2026-03-31\",\n    \"from\": \"2026-01-01\",\n    "
+                               "\"to\": \"2026-03-31\",\n    \"resolved\": \"resolved\",\n    "
+                               "\"taxDeductible\": \"all\",\n    \"folder\": null,\n    "
+                               "\"smartFolder\": null\n  }"),
             std::string::npos)
       << all_three.out;
 

@@ -71,7 +71,7 @@ TEST_F(ScheduleCli, ListAndDueOnAPinnedDay) {
       << text;
   EXPECT_NE(text.find("2 occurrences due by 2026-06-30."), std::string::npos) << text;
   EXPECT_EQ(Run("schedule due Checking --date 2026-06-18").out, "Nothing is due by 2026-06-18.\n");
-  EXPECT_EQ(Run("schedule due --date 2026-02-30").status, 1);
+  EXPECT_EQ(Run("schedule due --date 2026-02-30").status, 2);
 }
 
 TEST_F(ScheduleCli, EnterAddsTheOccurrenceCommitsItAndRefusesItTwice) {
