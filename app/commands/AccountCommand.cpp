@@ -1,8 +1,11 @@
+#include <cmath>
+#include <cstdlib>
 #include <iomanip>
 #include <ostream>
 
 #include "folvant/book/Book.h"
 #include "app/Output.h"
+#include "app/render/AmountText.h"
 #include "app/commands/Commands.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/platform/Text.h"
@@ -86,7 +89,7 @@ std::string BalanceText(const Book& book, const AccountListing& line) {
   if (line.locked) return "locked";
   if (!line.balance) return "-";
   auto currency = book.currencyWithCode(line.currency);
-  return FormatAmount(currency ? *currency : *book.currency(), *line.balance);
+  return render::AmountWriter(currency ? *currency : *book.currency()).Text(*line.balance);
 }
 
 int ListAccounts(Context& context, bool json) {
@@ -132,7 +135,16 @@ void RegisterAccountCommand(CLI::App& app, Context& context, CommandList& action
   CLI::App* create = account->add_subcommand("new", "Create an account");
   create->add_option("NAME", options->name, "Name of the account")->required();
   create->add_option("--currency", options->currency, "Currency code (default: the base currency)");
-  create->add_option("--starting-balance", options->startingBalance, "Opening balance");
+  create->add_option("--starting-balance", options->startingBalance, "Opening balance")
+      ->check(CLI::Validator(
+          [](const std::string& value) -> std::string {
+            // A balance that is not a number, or beyond what a register holds, would spoil
+            // every balance after it.
+            const double x = std::strtod(value.c_str(), nullptr);
+            if (std::isfinite(x) && std::fabs(x) <= render::kLargestAmount) return {};
+            return "\"" + value + "\" is not an amount a register can hold";
+          },
+          ""));
   create->add_option("--starting-check", options->startingCheck, "First check number")
       ->check(ZeroOrMore());
   actions.emplace_back(create, [&context, options]() { return NewAccount(context, *options); });
