@@ -1,6 +1,6 @@
 #include <iostream>
 
-#include "app/Program.h"
+#include "app/cli/Program.h"
 
 int main(int argc, char** argv) {
   return folvant::app::RunFolvant(argc, argv, std::cout, std::cerr);

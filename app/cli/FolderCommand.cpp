@@ -4,9 +4,11 @@
 #include <vector>
 
 #include "folvant/book/Book.h"
-#include "app/Lookup.h"
-#include "app/Output.h"
-#include "app/commands/Commands.h"
+#include "folvant/book/Names.h"
+#include "app/cli/BookAccess.h"
+#include "app/cli/Options.h"
+#include "app/cli/TextOutput.h"
+#include "app/cli/Commands.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntry.h"
 #include "folvant/model/ZELMAccountFolder.h"

@@ -6,8 +6,9 @@
 #include <ostream>
 #include <utility>
 
-#include "app/Output.h"
-#include "app/commands/Commands.h"
+#include "app/cli/BookAccess.h"
+#include "app/cli/Options.h"
+#include "app/cli/Commands.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountUpgrade.h"
 #include "folvant/platform/Log.h"

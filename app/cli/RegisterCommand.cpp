@@ -4,8 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "app/Output.h"
-#include "app/commands/Commands.h"
+#include "app/cli/BookAccess.h"
+#include "app/cli/Options.h"
+#include "app/cli/Commands.h"
 #include "app/render/AmountText.h"
 #include "app/render/Json.h"
 #include "app/render/Table.h"

@@ -1,10 +1,11 @@
-#include "app/Program.h"
+#include "app/cli/Program.h"
 
 #include <chrono>
 #include <cstdlib>
 #include <ostream>
 
-#include "app/Output.h"
+#include "app/cli/BookAccess.h"
+#include "app/cli/Options.h"
 #include "folvant/platform/Clock.h"
 
 namespace folvant::app {

@@ -4,9 +4,11 @@
 #include <ostream>
 
 #include "folvant/book/Book.h"
-#include "app/Output.h"
+#include "app/cli/BookAccess.h"
+#include "app/cli/Options.h"
+#include "app/cli/TextOutput.h"
 #include "app/render/AmountText.h"
-#include "app/commands/Commands.h"
+#include "app/cli/Commands.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/platform/Text.h"
 #include "folvant/values/LVCurrency.h"

@@ -3,10 +3,12 @@
 #include <vector>
 
 #include "folvant/book/Book.h"
+#include "folvant/book/Names.h"
 #include "folvant/filters/ConditionSyntax.h"
-#include "app/Lookup.h"
-#include "app/Output.h"
-#include "app/commands/Commands.h"
+#include "app/cli/BookAccess.h"
+#include "app/cli/Options.h"
+#include "app/cli/TextOutput.h"
+#include "app/cli/Commands.h"
 #include "folvant/filters/ZELMFilter.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/platform/Text.h"

@@ -1,8 +1,9 @@
 #include <ostream>
 
 #include "folvant/book/Book.h"
-#include "app/Output.h"
-#include "app/commands/Commands.h"
+#include "app/cli/BookAccess.h"
+#include "app/cli/Options.h"
+#include "app/cli/Commands.h"
 
 namespace folvant::app {
 

@@ -7,9 +7,11 @@
 #include <sstream>
 
 #include "folvant/book/Book.h"
-#include "app/Lookup.h"
-#include "app/Output.h"
-#include "app/commands/Commands.h"
+#include "folvant/book/Names.h"
+#include "app/cli/BookAccess.h"
+#include "app/cli/Options.h"
+#include "app/cli/TextOutput.h"
+#include "app/cli/Commands.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntryCategory.h"
 #include "folvant/model/ZELMAccountEntryType.h"

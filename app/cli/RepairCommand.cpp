@@ -1,7 +1,8 @@
 #include <ostream>
 
-#include "app/Output.h"
-#include "app/commands/Commands.h"
+#include "app/cli/BookAccess.h"
+#include "app/cli/Options.h"
+#include "app/cli/Commands.h"
 #include "folvant/book/Book.h"
 
 namespace folvant::app {

@@ -1,4 +1,4 @@
-#include "app/commands/Commands.h"
+#include "app/cli/Commands.h"
 
 namespace folvant::app {
 

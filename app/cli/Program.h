@@ -19,13 +19,11 @@ struct Context {
 // A command adds its subcommand to the parser and returns the action run when it is chosen.
 // The action returns the process exit status.
 using CommandAction = std::function<int()>;
-using CommandRegistrar = std::function<void(
-    CLI::App& app, Context& context, std::vector<std::pair<CLI::App*, CommandAction>>& actions)>;
 
 // Runs the program with the given arguments; returns the exit status.
 int RunFolvant(int argc, const char* const* argv, std::ostream& out, std::ostream& err);
 
-// Each command lives in its own file under app/commands and is listed in Commands.cpp.
+// Each command lives in its own file under app/cli and is listed in Commands.cpp.
 void RegisterCommands(CLI::App& app, Context& context,
                       std::vector<std::pair<CLI::App*, CommandAction>>& actions);
 

@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/Program.h"
+#include "app/cli/Program.h"
 
 namespace folvant::app {
 

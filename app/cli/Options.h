@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "app/cli/Program.h"
+
+namespace folvant::app {
+
+// Reading option values. A value that does not read is a usage error (exit status 2).
+
+// An option check: the value is a day written YYYY-MM-DD.
+CLI::Validator IsoDate();
+// An option check: the value is a whole number, 0 or more.
+CLI::Validator ZeroOrMore();
+
+// A date number as YYYY-MM-DD.
+std::string FormatDateNumber(std::int32_t date);
+// Parses YYYY-MM-DD (or YYYYMMDD) into a date number; false when it is not a valid day.
+bool ParseDateNumber(std::string_view text, std::int32_t& date);
+
+}  // namespace folvant::app
