@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <ostream>
@@ -86,17 +87,25 @@ std::string_view ResolvedMark(const RegisterRow& row) {
   return row.resolved ? (row.isVoid ? "RV" : "R") : (row.isVoid ? "V" : "");
 }
 
-// YYYY-MM-DD into `out`, without going through a formatter.
-void AppendDate(std::string& out, std::int32_t date) {
+// YYYY-MM-DD into `text` (16 bytes), without going through a formatter; returns its length.
+std::size_t FormatDate(std::int32_t date, char* text) {
   if (date < 0 || date > 99991231) {
-    out += platform::FormatIsoDate(date);
-    return;
+    const std::string formatted = platform::FormatIsoDate(date);
+    const std::size_t length = std::min<std::size_t>(formatted.size(), 16);
+    formatted.copy(text, length);
+    return length;
   }
-  char text[10] = {char('0' + date / 10000000), char('0' + date / 1000000 % 10),
-                   char('0' + date / 100000 % 10), char('0' + date / 10000 % 10), '-',
-                   char('0' + date / 1000 % 10), char('0' + date / 100 % 10), '-',
-                   char('0' + date / 10 % 10), char('0' + date % 10)};
-  out.append(text, sizeof text);
+  const char digits[10] = {char('0' + date / 10000000), char('0' + date / 1000000 % 10),
+                           char('0' + date / 100000 % 10), char('0' + date / 10000 % 10), '-',
+                           char('0' + date / 1000 % 10), char('0' + date / 100 % 10), '-',
+                           char('0' + date / 10 % 10), char('0' + date % 10)};
+  std::copy(digits, digits + 10, text);
+  return 10;
+}
+
+void AppendDate(std::string& out, std::int32_t date) {
+  char text[16];
+  out.append(text, FormatDate(date, text));
 }
 
 void AppendNumber(std::string& out, std::int64_t n, std::size_t width) {
@@ -140,7 +149,8 @@ void PrintText(Context& context, const RegisterView& view) {
   out += "  ";
   render::AppendPadded(out, "Balance", kAmount, Align::kRight);
   out += '\n';
-  for (const RegisterRow& row : view.rows) {
+  for (std::size_t i = 0; i < view.size(); ++i) {
+    const RegisterRow row = view.row(i);
     AppendNumber(out, row.number, kNumber);
     out += "  ";
     AppendDate(out, row.date);
@@ -177,7 +187,7 @@ void PrintText(Context& context, const RegisterView& view) {
   };
   if (view.filter.active) {
     render::AppendPadded(out, "Shown:", 18, Align::kLeft);
-    out += std::to_string(view.rows.size()) + " of " + std::to_string(view.allEntries) +
+    out += std::to_string(view.size()) + " of " + std::to_string(view.allEntries) +
            " entries, total " + amounts.Text(view.shownTotal) + "\n";
   }
   line("Current balance:", view.balance);
@@ -191,45 +201,69 @@ render::Json OrNull(const std::string& text) {
 }
 
 void PrintJson(Context& context, const RegisterView& view) {
-  using render::Json;
-  using render::JsonAmount;
-  using render::JsonText;
   const RegisterFilterWords& f = view.filter;
-  Json entries = Json::array();
-  entries.get_ref<Json::array_t&>().reserve(view.rows.size());
-  for (const RegisterRow& row : view.rows) {
-    Json e = Json::object();
-    e["number"] = row.number;
-    e["date"] = platform::FormatIsoDate(row.date);
-    e["checkNumber"] = row.checkNumber ? Json(*row.checkNumber) : Json(nullptr);
-    e["type"] = JsonText(row.type);
-    e["toFrom"] = JsonText(row.toFrom);
-    e["description"] = JsonText(row.description);
-    e["category"] = JsonText(row.category);
-    e["resolved"] = row.resolved;
-    e["void"] = row.isVoid;
-    e["amount"] = JsonAmount(row.amount);
-    e["balance"] = JsonAmount(row.balance);
-    entries.push_back(std::move(e));
+  render::JsonWriter json(context.out);
+  json.BeginObject();
+  json.Key("account");
+  json.String(view.account->GetName());
+  json.Key("currency");
+  json.String(view.currency);
+  json.Key("filter");
+  json.Value({{"active", f.active},
+              {"field", f.field},
+              {"search", render::JsonText(f.search)},
+              {"dates", f.dates},
+              {"from", platform::FormatIsoDate(f.from)},
+              {"to", platform::FormatIsoDate(f.to)},
+              {"resolved", f.resolved},
+              {"taxDeductible", f.taxDeductible},
+              {"folder", OrNull(f.folder)},
+              {"smartFolder", OrNull(f.smartFolder)}});
+  json.Key("entries");
+  json.BeginArray();
+  for (std::size_t i = 0; i < view.size(); ++i) {
+    const RegisterRow row = view.row(i);
+    json.BeginObject();
+    json.Key("number");
+    json.Number(row.number);
+    json.Key("date");
+    char date[16];
+    json.String(std::string_view(date, FormatDate(row.date, date)));
+    json.Key("checkNumber");
+    if (row.checkNumber) {
+      json.Number(*row.checkNumber);
+    } else {
+      json.Null();
+    }
+    json.Key("type");
+    json.String(row.type);
+    json.Key("toFrom");
+    json.String(row.toFrom);
+    json.Key("description");
+    json.String(row.description);
+    json.Key("category");
+    json.String(row.category);
+    json.Key("resolved");
+    json.Bool(row.resolved);
+    json.Key("void");
+    json.Bool(row.isVoid);
+    json.Key("amount");
+    json.Amount(row.amount);
+    json.Key("balance");
+    json.Amount(row.balance);
+    json.EndObject();
   }
-  Json document = Json::object();
-  document["account"] = JsonText(view.account->GetName());
-  document["currency"] = JsonText(view.currency);
-  document["filter"] = {{"active", f.active},
-                        {"field", f.field},
-                        {"search", JsonText(f.search)},
-                        {"dates", f.dates},
-                        {"from", platform::FormatIsoDate(f.from)},
-                        {"to", platform::FormatIsoDate(f.to)},
-                        {"resolved", f.resolved},
-                        {"taxDeductible", f.taxDeductible},
-                        {"folder", OrNull(f.folder)},
-                        {"smartFolder", OrNull(f.smartFolder)}};
-  document["entries"] = std::move(entries);
-  document["balances"] = {{"current", JsonAmount(view.balance)},
-                          {"today", JsonAmount(view.todaysBalance)},
-                          {"resolved", JsonAmount(view.resolvedBalance)}};
-  render::WriteJson(context.out, document);
+  json.EndArray();
+  json.Key("balances");
+  json.BeginObject();
+  json.Key("current");
+  json.Amount(view.balance);
+  json.Key("today");
+  json.Amount(view.todaysBalance);
+  json.Key("resolved");
+  json.Amount(view.resolvedBalance);
+  json.EndObject();
+  json.EndObject();
 }
 
 int Show(Context& context, RegisterOptions& options) {

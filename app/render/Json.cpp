@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <ostream>
@@ -44,103 +45,6 @@ Invalid FirstInvalid(std::string_view text) {
   }
   return {std::string_view::npos, 0};
 }
-
-// Writes values as nlohmann's dump with an indent of two does, and amounts as two-decimal
-// numbers. Scalars go through nlohmann's own serializer, so strings are escaped as it escapes
-// them, with invalid UTF-8 replaced.
-class Writer {
- public:
-  explicit Writer(std::ostream& stream)
-      : stream_(stream),
-        scalars_(nlohmann::detail::output_adapter<char, std::string>(buffer_), ' ',
-                 Json::error_handler_t::replace) {}
-
-  void Value(const Json& value, std::size_t indent) {
-    switch (value.type()) {
-      case Json::value_t::object:
-        if (value.empty()) {
-          buffer_.append("{}");
-          return;
-        }
-        buffer_.append("{\n");
-        for (auto it = value.begin(); it != value.end(); ++it) {
-          if (it != value.begin()) buffer_.append(",\n");
-          buffer_.append(indent + 2, ' ');
-          Key(it.key());
-          buffer_.append(": ");
-          Value(it.value(), indent + 2);
-        }
-        Close('}', indent);
-        return;
-      case Json::value_t::array:
-        if (value.empty()) {
-          buffer_.append("[]");
-          return;
-        }
-        buffer_.append("[\n");
-        for (auto it = value.begin(); it != value.end(); ++it) {
-          if (it != value.begin()) buffer_.append(",\n");
-          buffer_.append(indent + 2, ' ');
-          Value(*it, indent + 2);
-          if (buffer_.size() >= kFlushSize) Flush();
-        }
-        Close(']', indent);
-        return;
-      case Json::value_t::binary:
-        if (const std::optional<double> amount = AmountOf(value)) {
-          Amount(*amount);
-          return;
-        }
-        break;
-      default:
-        break;
-    }
-    scalars_.dump(value, false, false, 0);
-  }
-
-  void Flush() {
-    stream_.write(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
-    buffer_.clear();
-  }
-
-  std::string& buffer() { return buffer_; }
-
- private:
-  void Close(char bracket, std::size_t indent) {
-    buffer_.push_back('\n');
-    buffer_.append(indent, ' ');
-    buffer_.push_back(bracket);
-  }
-
-  void Key(const std::string& key) {
-    // Keys are nearly always plain words: those need no escaping.
-    const bool plain = std::all_of(key.begin(), key.end(), [](char c) {
-      return c >= 0x20 && c < 0x7F && c != '"' && c != '\\';
-    });
-    if (plain) {
-      buffer_.push_back('"');
-      buffer_.append(key);
-      buffer_.push_back('"');
-    } else {
-      scalars_.dump(Json(key), false, false, 0);
-    }
-  }
-
-  void Amount(double amount) {
-    char text[kPlainAmountSize];
-    const std::size_t size = WritePlainAmount(amount, text);
-    if (size > 0) {
-      buffer_.append(text, size);
-    } else {
-      // Not finite (null) or too large for cents: nlohmann writes the double as it is.
-      scalars_.dump(Json(amount), false, false, 0);
-    }
-  }
-
-  std::ostream& stream_;
-  std::string buffer_;
-  nlohmann::detail::serializer<Json> scalars_;
-};
 
 }  // namespace
 
@@ -183,16 +87,143 @@ std::optional<double> AmountOf(const Json& value) {
 }
 
 void WriteJson(std::ostream& out, const Json& value) {
-  Writer writer(out);
-  writer.Value(value, 0);
-  writer.buffer().push_back('\n');
-  writer.Flush();
+  JsonWriter writer(out);
+  writer.Value(value);
 }
 
 std::string JsonDump(const Json& value) {
   std::ostringstream out;
   WriteJson(out, value);
   return std::move(out).str();
+}
+
+// ---- JsonWriter ----
+
+JsonWriter::JsonWriter(std::ostream& out)
+    : stream_(out),
+      scalars_(std::make_unique<Serializer>(
+          nlohmann::detail::output_adapter<char, std::string>(buffer_), ' ',
+          Json::error_handler_t::replace)) {}
+
+JsonWriter::~JsonWriter() {
+  buffer_.push_back('\n');
+  Flush();
+}
+
+void JsonWriter::Flush() {
+  stream_.write(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
+  buffer_.clear();
+}
+
+void JsonWriter::Place() {
+  if (open_.empty()) return;
+  Level& level = open_.back();
+  if (level.keyed) {  // the value of a key: on the key's line
+    level.keyed = false;
+    return;
+  }
+  if (level.count++ > 0) buffer_.push_back(',');
+  buffer_.push_back('\n');
+  buffer_.append(2 * open_.size(), ' ');
+}
+
+void JsonWriter::Open(char bracket) {
+  Place();
+  buffer_.push_back(bracket);
+  open_.push_back({});
+}
+
+void JsonWriter::Close(char bracket) {
+  const bool empty = open_.back().count == 0;
+  open_.pop_back();
+  if (!empty) {
+    buffer_.push_back('\n');
+    buffer_.append(2 * open_.size(), ' ');
+  }
+  buffer_.push_back(bracket);
+  if (buffer_.size() >= kFlushSize) Flush();
+}
+
+void JsonWriter::Key(std::string_view key) {
+  Place();
+  Text(key);
+  buffer_.append(": ");
+  open_.back().keyed = true;
+}
+
+void JsonWriter::Text(std::string_view text) {
+  // Most texts are plain: printable ASCII without quotes or backslashes needs no escaping.
+  const bool plain = std::all_of(text.begin(), text.end(), [](char c) {
+    return c >= 0x20 && c < 0x7F && c != '"' && c != '\\';
+  });
+  if (plain) {
+    buffer_.push_back('"');
+    buffer_.append(text);
+    buffer_.push_back('"');
+  } else {
+    scalars_->dump(JsonText(text), false, false, 0);
+  }
+}
+
+void JsonWriter::String(std::string_view text) {
+  Place();
+  Text(text);
+}
+
+void JsonWriter::Number(std::int64_t n) {
+  Place();
+  char text[24];
+  buffer_.append(text, std::to_chars(text, text + sizeof text, n).ptr);
+}
+
+void JsonWriter::Bool(bool value) {
+  Place();
+  buffer_.append(value ? "true" : "false");
+}
+
+void JsonWriter::Null() {
+  Place();
+  buffer_.append("null");
+}
+
+void JsonWriter::Amount(double amount) {
+  Place();
+  char text[kPlainAmountSize];
+  const std::size_t size = WritePlainAmount(amount, text);
+  if (size > 0) {
+    buffer_.append(text, size);
+  } else {
+    // Not finite (null) or too large for cents: nlohmann writes the double as it is.
+    scalars_->dump(std::isfinite(amount) ? Json(amount) : Json(nullptr), false, false, 0);
+  }
+}
+
+void JsonWriter::Value(const Json& value) {
+  switch (value.type()) {
+    case Json::value_t::object:
+      BeginObject();
+      for (auto it = value.begin(); it != value.end(); ++it) {
+        Key(it.key());
+        Value(it.value());
+      }
+      EndObject();
+      return;
+    case Json::value_t::array:
+      BeginArray();
+      for (const Json& element : value) Value(element);
+      EndArray();
+      return;
+    case Json::value_t::binary:
+      if (const std::optional<double> amount = AmountOf(value)) {
+        Amount(*amount);
+        return;
+      }
+      break;
+    default:
+      break;
+  }
+  Place();
+  scalars_->dump(value, false, false, 0);
 }
 
 }  // namespace folvant::render

@@ -108,7 +108,33 @@ typename List::value_type Named(const List& list, std::string_view name) {
   return nullptr;
 }
 
+const std::string kSplit = "(split)";
+
+// The full name of the entry's category; "(split)" for a split entry whose category is not
+// one of the book's.
+const std::string& CategoryName(const RegisterView& view, const ZELMAccountEntry& e) {
+  const std::int32_t number = e.GetCategory();
+  if (!e.splitLineItems().empty() && !view.categoryKnown.at(number)) return kSplit;
+  return view.categoryNames.at(number);
+}
+
 }  // namespace
+
+RegisterRow RegisterView::row(std::size_t i) const {
+  const ZELMAccountEntry& e = *entries[i];
+  return {&e,
+          e.GetNumber(),
+          e.GetDate(),
+          e.IsCheck() ? std::optional<std::int32_t>(e.GetCheckNumber()) : std::nullopt,
+          typeNames.at(e.GetType()),
+          e.GetToFrom(),
+          e.GetDescription(),
+          CategoryName(*this, e),
+          e.GetAmount(),
+          e.GetCachedRunningBalance(),
+          e.GetCleared() != 0,
+          e.GetVoid()};
+}
 
 const std::vector<RegisterWord>& RegisterSearchFields() {
   static const std::vector<RegisterWord> words = {
@@ -185,7 +211,8 @@ BookResult<RegisterView> ShowRegister(Book& book, const RegisterQuery& query) {
     }
   }
 
-  account->CacheRunningBalances();
+  ZELMAccount::EntryList in_date_order;
+  account->CacheRunningBalances(&in_date_order);
   const std::shared_ptr<ZELMAccountFolder> shown_folder = account->folder();
   const std::shared_ptr<ZELMFilter> shown_smart_folder = account->smartFolder();
   account->setFolder(folder);
@@ -194,29 +221,25 @@ BookResult<RegisterView> ShowRegister(Book& book, const RegisterQuery& query) {
   account->setFolder(shown_folder);
   account->setSmartFolder(shown_smart_folder);
 
-  auto type_name = [&](std::int32_t number) -> const std::string& {
-    auto [at, added] = view.typeNames.try_emplace(number);
-    if (added) {
-      if (auto type = account->accountEntryTypeForNumber(number)) at->second = type->GetName();
+  // Every name a row will need, once per number.
+  for (const auto& entry : shown) {
+    if (auto [at, added] = view.typeNames.try_emplace(entry->GetType()); added) {
+      if (auto type = account->accountEntryTypeForNumber(entry->GetType())) {
+        at->second = type->GetName();
+      }
     }
-    return at->second;
-  };
-  auto category_name = [&](const ZELMAccountEntry& e) -> const std::string& {
-    // Split entries without a category of their own share one key.
-    const std::int32_t number = e.GetCategory();
-    auto category = account->accountEntryCategoryForNumber(number);
-    const std::int32_t key = category || e.splitLineItems().empty() ? number : INT32_MIN;
-    auto [at, added] = view.categoryNames.try_emplace(key);
-    if (added) at->second = category ? category->fullName() : key == INT32_MIN ? "(split)" : "";
-    return at->second;
-  };
-
+    if (auto [at, added] = view.categoryNames.try_emplace(entry->GetCategory()); added) {
+      auto category = account->accountEntryCategoryForNumber(entry->GetCategory());
+      if (category) at->second = category->fullName();
+      view.categoryKnown[entry->GetCategory()] = category != nullptr;
+    }
+  }
   if (query.sort == RegisterSort::kCategory) {
     std::vector<std::pair<std::string, std::shared_ptr<ZELMAccountEntry>>> keyed;
     keyed.reserve(shown.size());
     std::unordered_map<const std::string*, std::string> folded;
     for (auto& entry : shown) {
-      const std::string& name = category_name(*entry);
+      const std::string& name = CategoryName(view, *entry);
       auto [at, added] = folded.try_emplace(&name);
       if (added) at->second = platform::CaseFold(name);
       keyed.emplace_back(at->second, std::move(entry));
@@ -233,22 +256,19 @@ BookResult<RegisterView> ShowRegister(Book& book, const RegisterQuery& query) {
     }
     shown.clear();
     for (auto& k : keyed) shown.push_back(std::move(k.second));
+  } else if (query.sort == RegisterSort::kDate && !query.descending &&
+             shown.size() == in_date_order.size()) {
+    // Every entry is shown, in the order the running balances were just computed in.
+    shown.swap(in_date_order);
   } else {
     account->SortEntries(shown, static_cast<std::int32_t>(query.sort), query.descending);
   }
+  in_date_order = {};
 
-  view.rows.reserve(shown.size());
   for (const auto& entry : shown) {
-    const ZELMAccountEntry& e = *entry;
-    const std::string& category = category_name(e);
-    view.rows.push_back({&e, e.GetNumber(), e.GetDate(),
-                         e.IsCheck() ? std::optional<std::int32_t>(e.GetCheckNumber())
-                                     : std::nullopt,
-                         type_name(e.GetType()), e.GetToFrom(), e.GetDescription(), category,
-                         e.GetAmount(), e.GetCachedRunningBalance(), e.GetCleared() != 0,
-                         e.GetVoid()});
-    if (!e.GetVoid()) view.shownTotal += e.GetAmount();
+    if (!entry->GetVoid()) view.shownTotal += entry->GetAmount();
   }
+  view.entries = std::move(shown);
   view.currency = account->currency() ? account->currency()->code() : std::string();
   view.allEntries = account->GetAllEntries().size();
   view.balance = account->GetBalance();

@@ -85,16 +85,22 @@ struct RegisterFilterWords {
 struct RegisterView {
   std::shared_ptr<ZELMAccount> account;
   std::string currency;  // code
-  std::vector<RegisterRow> rows;
+  std::vector<std::shared_ptr<ZELMAccountEntry>> entries;  // shown, in the query's order
   std::size_t allEntries = 0;
-  double shownTotal = 0.0;  // of the rows that are not void
+  double shownTotal = 0.0;  // of the shown entries that are not void
   double balance = 0.0, todaysBalance = 0.0, resolvedBalance = 0.0;
   RegisterFilterWords filter;
   bool filterChanged = false;  // the stored filter changed (and was saved)
 
-  // Names of types and categories, computed once per number.
+  std::size_t size() const { return entries.size(); }
+  // The line of the i-th shown entry, made when asked for, so that a view of a million entries
+  // holds no more than their pointers and a front end can take any range of it.
+  RegisterRow row(std::size_t i) const;
+
+  // Names of types and categories, computed once per number when the view is made.
   std::unordered_map<std::int32_t, std::string> typeNames;
   std::unordered_map<std::int32_t, std::string> categoryNames;
+  std::unordered_map<std::int32_t, bool> categoryKnown;
 };
 
 // The words of the search fields and date ranges, with their codes, in the order help lists them.

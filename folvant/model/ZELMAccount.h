@@ -173,8 +173,9 @@ class ZELMAccount {
   double GetRunningBalanceThroughDate(std::int32_t date) const;
   // The balance after `entry` in date / checks-first order; 0.0 for nullptr.
   double GetRunningBalanceAtEntry(const ZELMAccountEntry* entry) const;
-  // Stores each entry's running balance in date / checks-first order.
-  void CacheRunningBalances() const;
+  // Stores each entry's running balance in date / checks-first order; with `ordered`, also
+  // gives every entry (folders' too) in that order.
+  void CacheRunningBalances(EntryList* ordered = nullptr) const;
   // Sums from 0.0 of the non-void debits / deposits.
   double GetDebitsTotal() const;
   double GetDepositsTotal() const;

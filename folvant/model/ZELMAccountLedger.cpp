@@ -63,9 +63,44 @@ int CompareKeys(const SortKey& a, const SortKey& b) {
 }
 
 // Orders `list` as a stable sort with the comparator of `kind` (or its _Reversed twin) does.
+// The date order's key, without the text: a third of SortKey's size, so a register of a
+// million entries sorts in cache-sized strides.
+struct DateKey {
+  std::int32_t date;
+  std::int32_t number;
+  std::int64_t minor;
+  std::uint32_t index;
+};
+
+template <typename Pointer>
+void DateSort(std::vector<Pointer>& list, bool descending) {
+  std::vector<DateKey> keys(list.size());
+  for (std::uint32_t i = 0; i < keys.size(); ++i) {
+    const ZELMAccountEntry& entry = *list[i];
+    // Two non-checks are equal here whatever their check numbers.
+    keys[i] = {entry.GetDate(), entry.GetNumber(),
+               entry.IsCheck() ? entry.GetCheckNumber() : INT64_MAX, i};
+  }
+  auto before = [descending](const DateKey& a, const DateKey& b) {
+    int c = ThreeWay(a.date, b.date);
+    if (c == 0) c = ThreeWay(a.minor, b.minor);
+    if (c == 0) c = ThreeWay(a.number, b.number);
+    if (c != 0) return descending ? c > 0 : c < 0;
+    return a.index < b.index;
+  };
+  // Registers are mostly kept in date order already; one pass tells.
+  if (std::is_sorted(keys.begin(), keys.end(), before)) return;
+  std::sort(keys.begin(), keys.end(), before);
+  std::vector<Pointer> sorted;
+  sorted.reserve(list.size());
+  for (const DateKey& key : keys) sorted.push_back(std::move(list[key.index]));
+  list.swap(sorted);
+}
+
 template <typename Pointer>
 void KeyedSort(std::vector<Pointer>& list, KeyKind kind, bool descending,
                const ZELMAccount& account) {
+  if (kind == KeyKind::kDateCheck) return DateSort(list, descending);
   std::unordered_map<std::int32_t, std::string> type_names;
   auto type_name = [&](std::int32_t number) -> const std::string& {
     auto [at, added] = type_names.try_emplace(number);
@@ -82,10 +117,7 @@ void KeyedSort(std::vector<Pointer>& list, KeyKind kind, bool descending,
     key.number = entry.GetNumber();
     key.index = i;
     switch (kind) {
-      case KeyKind::kDateCheck:
-        key.major = entry.GetDate();
-        // Two non-checks are equal here whatever their check numbers.
-        key.minor = entry.IsCheck() ? entry.GetCheckNumber() : INT64_MAX;
+      case KeyKind::kDateCheck:  // sorted by DateSort
         break;
       case KeyKind::kTypeDate:
         key.text = type_name(entry.GetType());
@@ -99,11 +131,14 @@ void KeyedSort(std::vector<Pointer>& list, KeyKind kind, bool descending,
         break;
     }
   }
-  std::sort(keys.begin(), keys.end(), [descending](const SortKey& a, const SortKey& b) {
+  auto before = [descending](const SortKey& a, const SortKey& b) {
     const int c = CompareKeys(a, b);
     if (c != 0) return descending ? c > 0 : c < 0;
     return a.index < b.index;
-  });
+  };
+  // Registers are mostly kept in date order already; one pass tells.
+  if (std::is_sorted(keys.begin(), keys.end(), before)) return;
+  std::sort(keys.begin(), keys.end(), before);
   std::vector<Pointer> sorted;
   sorted.reserve(list.size());
   for (const SortKey& key : keys) sorted.push_back(std::move(list[key.index]));
@@ -368,19 +403,30 @@ double ZELMAccount::GetRunningBalanceAtEntry(const ZELMAccountEntry* entry) cons
   return balance;
 }
 
-void ZELMAccount::CacheRunningBalances() const {
-  std::vector<ZELMAccountEntry*> ordered;
-  ordered.reserve(entries_.size());
-  ForEachEntryPointer([&ordered](const std::shared_ptr<ZELMAccountEntry>& entry) {
-    ordered.push_back(entry.get());
-  });
-  KeyedSort(ordered, KeyKind::kDateCheck, false, *this);
-  double balance = startingBalance_;
-  for (ZELMAccountEntry* entry : ordered) {
-    // A void entry shows the balance of the entry before it.
-    if (!entry->GetVoid()) balance += entry->GetAmount();
-    entry->SetCachedRunningBalance(balance);
+void ZELMAccount::CacheRunningBalances(EntryList* ordered) const {
+  auto cache = [this](const auto& list) {
+    double balance = startingBalance_;
+    for (const auto& entry : list) {
+      // A void entry shows the balance of the entry before it.
+      if (!entry->GetVoid()) balance += entry->GetAmount();
+      entry->SetCachedRunningBalance(balance);
+    }
+  };
+  if (ordered != nullptr) {
+    ordered->clear();
+    ordered->reserve(entries_.size());
+    ForEachEntryPointer(
+        [ordered](const std::shared_ptr<ZELMAccountEntry>& entry) { ordered->push_back(entry); });
+    KeyedSort(*ordered, KeyKind::kDateCheck, false, *this);
+    cache(*ordered);
+    return;
   }
+  std::vector<ZELMAccountEntry*> list;
+  list.reserve(entries_.size());
+  ForEachEntryPointer(
+      [&list](const std::shared_ptr<ZELMAccountEntry>& entry) { list.push_back(entry.get()); });
+  KeyedSort(list, KeyKind::kDateCheck, false, *this);
+  cache(list);
 }
 
 double ZELMAccount::GetDebitsTotal() const {

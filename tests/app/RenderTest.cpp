@@ -125,6 +125,36 @@ TEST(RenderJson, WritesAmountsWithTwoDecimalsAndKeepsKeyOrder) {
   EXPECT_EQ(JsonDump(plain), plain.dump(2) + "\n");
 }
 
+TEST(RenderJson, StreamedPiecesWriteWhatTheTreeWrites) {
+  const Json tree = {{"rows", Json::array({Json::object({{"n", 1}, {"amount", JsonAmount(0.5)}}),
+                                           Json::object()})},
+                     {"none", Json::array()},
+                     {"tail", {{"ok", true}, {"text", JsonText("tab\t\xFF")}}}};
+  std::ostringstream out;
+  {
+    JsonWriter json(out);
+    json.BeginObject();
+    json.Key("rows");
+    json.BeginArray();
+    json.BeginObject();
+    json.Key("n");
+    json.Number(1);
+    json.Key("amount");
+    json.Amount(0.5);
+    json.EndObject();
+    json.BeginObject();
+    json.EndObject();
+    json.EndArray();
+    json.Key("none");
+    json.BeginArray();
+    json.EndArray();
+    json.Key("tail");
+    json.Value({{"ok", true}, {"text", "tab\t\xFF"}});
+    json.EndObject();
+  }
+  EXPECT_EQ(out.str(), JsonDump(tree));
+}
+
 TEST(RenderJson, InvalidUtf8NeverBreaksTheOutput) {
   // A truncated sequence, a stray continuation byte, an overlong form, a surrogate.
   const std::string bad = "a\xE2\x82 b\x80 c\xC0\xAF d\xED\xA0\x80 e\xF0\x9F\x98\x80";
