@@ -72,14 +72,23 @@ RegisterFilterWords Describe(const ZELMAccount& account, const ZELMAccountFolder
   if (const std::string* text = account.entryFilterData().asString()) d.search = *text;
   if (!d.search.empty()) parts.push_back(d.field + " contains \"" + d.search + "\"");
   const std::int32_t date_type = account.entryDateFilterType();
-  d.from = account.entryDateFilterStartDate();
-  d.to = account.entryDateFilterEndDate();
+  const std::optional<DateRange> range = account.viewDateRange(kViewRegister);
+  if (range && date_type != kShowAllDates) {
+    d.from = range->start;
+    d.to = range->end;
+  }
+  const std::string days =
+      d.from ? platform::FormatIsoDate(*d.from) + ".." + platform::FormatIsoDate(*d.to) : "";
   if (date_type == kShowCustomDates) {
-    d.dates = platform::FormatIsoDate(d.from) + ".." + platform::FormatIsoDate(d.to);
+    d.dates = days;
   } else if (const char* w = WordOf(RegisterDateRanges(), date_type)) {
     d.dates = w;
   }
-  if (date_type != kShowAllDates && d.dates != "none") parts.push_back("dates " + d.dates);
+  if (date_type != kShowAllDates && d.dates != "none") {
+    parts.push_back("dates " + d.dates + (date_type == kShowCustomDates || days.empty()
+                                              ? std::string()
+                                              : " (" + days + ")"));
+  }
   if (account.entryResolvedFilterType() == kShowResolvedOnly) d.resolved = "resolved";
   if (account.entryResolvedFilterType() == kShowUnresolvedOnly) d.resolved = "unresolved";
   if (d.resolved != "all") parts.push_back(d.resolved + " only");

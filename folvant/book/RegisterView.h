@@ -74,7 +74,8 @@ struct RegisterFilterWords {
   std::string field = "general";
   std::string search;
   std::string dates = "none";  // a stored type that sets no date limit
-  std::int32_t from = 0, to = 0;
+  // The first and last day shown, when the dates are limited (not "all" or "none").
+  std::optional<std::int32_t> from, to;
   std::string resolved = "all";
   std::string taxDeductible = "all";
   std::string folder;

@@ -132,7 +132,36 @@ std::shared_ptr<ZELMFilter> ZELMAccount::filterForViewType(std::int32_t viewType
       settings.filterData.isNone() ? plist::Value(std::string()) : settings.filterData);
 
   // The date range, as the first and last day included.
+  const std::optional<DateRange> range = viewDateRange(viewType);
+  if (range) {
+    // A strict "after the day before" and "before the day after" keep first <= d <= last:
+    // stepping a date number by one never lands on another real day, as days 00 and 32 do not
+    // occur.
+    group->addConditionWithCategory(kConditionDate, kConditionKeepsMatches, kDateAfter,
+                                    plist::Value(static_cast<std::int64_t>(range->start) - 1));
+    group->addConditionWithCategory(kConditionDate, kConditionKeepsMatches, kDateBefore,
+                                    plist::Value(static_cast<std::int64_t>(range->end) + 1));
+  }
+
+  // Resolved and tax-deductible: only those set, only those not set, or (no condition) all.
+  const auto add_flag = [&](std::int32_t category, std::int32_t setting, std::int32_t only_set,
+                            std::int32_t only_not_set) {
+    if (setting == only_set || setting == only_not_set) {
+      group->addConditionWithCategory(category, kConditionKeepsMatches, kFlagIsSet,
+                                      plist::Value(setting == only_set));
+    }
+  };
+  add_flag(kConditionCleared, settings.resolvedFilterType, kShowResolvedOnly, kShowUnresolvedOnly);
+  add_flag(kConditionTaxDeductible, settings.taxDeductibleFilterType, kShowTaxDeductibleOnly,
+           kShowNotTaxDeductibleOnly);
+
+  filter->addConditionGroup(std::move(group));
+  return filter;
+}
+
+std::optional<DateRange> ZELMAccount::viewDateRange(std::int32_t viewType) const {
   std::optional<DateRange> range;
+  const ViewFilterSettings& settings = viewType == kViewReconcile ? reconcileFilter_ : entryFilter_;
   const std::int32_t type = settings.dateFilterType;
   switch (type) {
     case kShowThroughToday:
@@ -162,30 +191,7 @@ std::shared_ptr<ZELMFilter> ZELMAccount::filterForViewType(std::int32_t viewType
       }
       break;
   }
-  if (range) {
-    // A strict "after the day before" and "before the day after" keep first <= d <= last:
-    // stepping a date number by one never lands on another real day, as days 00 and 32 do not
-    // occur.
-    group->addConditionWithCategory(kConditionDate, kConditionKeepsMatches, kDateAfter,
-                                    plist::Value(static_cast<std::int64_t>(range->start) - 1));
-    group->addConditionWithCategory(kConditionDate, kConditionKeepsMatches, kDateBefore,
-                                    plist::Value(static_cast<std::int64_t>(range->end) + 1));
-  }
-
-  // Resolved and tax-deductible: only those set, only those not set, or (no condition) all.
-  const auto add_flag = [&](std::int32_t category, std::int32_t setting, std::int32_t only_set,
-                            std::int32_t only_not_set) {
-    if (setting == only_set || setting == only_not_set) {
-      group->addConditionWithCategory(category, kConditionKeepsMatches, kFlagIsSet,
-                                      plist::Value(setting == only_set));
-    }
-  };
-  add_flag(kConditionCleared, settings.resolvedFilterType, kShowResolvedOnly, kShowUnresolvedOnly);
-  add_flag(kConditionTaxDeductible, settings.taxDeductibleFilterType, kShowTaxDeductibleOnly,
-           kShowNotTaxDeductibleOnly);
-
-  filter->addConditionGroup(std::move(group));
-  return filter;
+  return range;
 }
 
 std::shared_ptr<ZELMFilter> ZELMAccount::entryFilter() const {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "folvant/kit/DateRangeForMnemonic.h"
 #include "folvant/model/ZELMAccountEntry.h"
 #include "folvant/model/ZELMAccountEntryCategory.h"
 #include "folvant/model/ZELMAccountEntryType.h"
@@ -411,6 +412,9 @@ class ZELMAccount {
   // field, the date range as an "after"/"before" pair, and the resolved and tax-deductible
   // tests when they are set.
   std::shared_ptr<ZELMFilter> filterForViewType(std::int32_t viewType) const;
+  // The first and last day the view's date setting shows, both included; nullopt when the
+  // setting limits nothing (an unknown code).
+  std::optional<DateRange> viewDateRange(std::int32_t viewType) const;
   std::shared_ptr<ZELMFilter> entryFilter() const;
   std::shared_ptr<ZELMFilter> reconcileFilter() const;
   // What each view shows: its filter applied to the shown folder's entries; without a shown
