@@ -3,12 +3,100 @@
 #include <chrono>
 #include <cstdlib>
 #include <ostream>
+#include <type_traits>
 
 #include "app/cli/BookAccess.h"
 #include "app/cli/Options.h"
 #include "folvant/platform/Clock.h"
 
 namespace folvant::app {
+namespace {
+
+// The words of the command the parse reached: "folvant account list".
+std::string CommandPath(const CLI::App& app) {
+  std::string path = "folvant";
+  const CLI::App* at = &app;
+  while (at != nullptr) {
+    const CLI::App* next = nullptr;
+    for (const CLI::App* sub : at->get_subcommands()) {
+      if (sub->get_name() != "help") next = sub;
+    }
+    if (next != nullptr) path += " " + next->get_name();
+    at = next;
+  }
+  return path;
+}
+
+// The subcommands one can choose under the command the parse reached.
+std::string Choices(const CLI::App& app) {
+  const CLI::App* at = &app;
+  for (bool deeper = true; deeper;) {
+    deeper = false;
+    for (const CLI::App* sub : at->get_subcommands()) {
+      at = sub;
+      deeper = true;
+    }
+  }
+  std::string list;
+  for (const CLI::App* sub : at->get_subcommands({})) {
+    if (sub->get_name() == "help") continue;
+    list += (list.empty() ? "" : ", ") + sub->get_name();
+  }
+  return list;
+}
+
+// CLI11's message in this program's words, with what to do.
+std::string UsageMessage(const CLI::App& app, const CLI::ParseError& e) {
+  const std::string path = CommandPath(app);
+  const std::string help = "; see '" + path + " --help'";
+  std::string what = e.what();
+  auto is = [&e](auto* kind) {
+    return dynamic_cast<const std::remove_pointer_t<decltype(kind)>*>(&e) != nullptr;
+  };
+  if (is(static_cast<CLI::ExtrasError*>(nullptr))) {
+    const std::string arguments = what.substr(what.find(':') + 2);
+    if (arguments.rfind('-', 0) == 0) return "unknown option " + arguments + help;
+    if (path == "folvant") return "unknown command \"" + arguments + "\"" + help;
+    return "unexpected argument \"" + arguments + "\"" + help;
+  }
+  const bool required = is(static_cast<CLI::RequiredError*>(nullptr));
+  if (required && what.rfind("A subcommand", 0) == 0) {
+    return path.substr(path.find(' ') + 1) + " needs one of: " + Choices(app) + help;
+  }
+  if (required) return what + help;
+  if (is(static_cast<CLI::ConversionError*>(nullptr))) {
+    // "Could not convert: --amount = abc"
+    const auto colon = what.find(": ");
+    const auto equals = what.find(" = ");
+    if (colon != std::string::npos && equals != std::string::npos) {
+      return what.substr(colon + 2, equals - colon - 2) + ": \"" + what.substr(equals + 3) +
+             "\" is not a number";
+    }
+  }
+  if (is(static_cast<CLI::ExcludesError*>(nullptr))) {
+    // "--a excludes --b"
+    const auto at = what.find(" excludes ");
+    if (at != std::string::npos) {
+      return what.substr(0, at) + " and " + what.substr(at + 10) + " cannot be given together";
+    }
+  }
+  if (const auto at = what.find(" not in {"); at != std::string::npos && what.back() == '}') {
+    // A set check: "--x: value not in {a,b}".
+    const auto colon = what.find(": ");
+    std::string choices = what.substr(at + 9, what.size() - at - 10);
+    for (std::size_t comma = 0; (comma = choices.find(',', comma)) != std::string::npos;) {
+      choices.replace(comma, 1, ", ");
+      comma += 2;
+    }
+    if (colon != std::string::npos && colon < at) {
+      return what.substr(0, colon) + ": \"" + what.substr(colon + 2, at - colon - 2) +
+             "\" is not one of: " + choices;
+    }
+  }
+  return what;
+}
+
+}  // namespace
 
 int RunFolvant(int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
   CLI::App app{"folvant: a personal check register", "folvant"};
@@ -34,7 +122,7 @@ int RunFolvant(int argc, const char* const* argv, std::ostream& out, std::ostrea
     out << app.version() << '\n';
     return 0;
   } catch (const CLI::ParseError& e) {
-    err << "folvant: " << e.what() << '\n';
+    err << "folvant: " << UsageMessage(app, e) << '\n';
     return 2;  // a usage error, as command-line programs report it
   }
 
