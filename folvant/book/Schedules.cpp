@@ -1,0 +1,395 @@
+#include "folvant/book/Schedules.h"
+
+#include <algorithm>
+#include <charconv>
+#include <functional>
+
+#include "folvant/book/Book.h"
+#include "folvant/book/Names.h"
+#include "folvant/model/ZELMAccount.h"
+#include "folvant/model/ZELMAccountEntryCategory.h"
+#include "folvant/model/ZELMAccountEntryType.h"
+#include "folvant/model/ZELMAccountSchedule.h"
+#include "folvant/model/ZELMAccountScheduleCalendar.h"
+#include "folvant/platform/CivilDate.h"
+#include "folvant/platform/Clock.h"
+#include "folvant/platform/Text.h"
+
+namespace folvant {
+namespace {
+
+namespace sc = schedule;
+using Kind = BookError::Kind;
+using platform::FormatIsoDate;
+
+constexpr const char* kWeekdays[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
+                                     "Thursday", "Friday", "Saturday"};
+constexpr const char* kMonths[] = {"January",   "February", "March",    "April",
+                                   "May",       "June",     "July",     "August",
+                                   "September", "October",  "November", "December"};
+
+Unexpected<BookError> Invalid(std::string message) {
+  return Unexpected{BookError::Of(Kind::kInvalid, std::move(message))};
+}
+
+std::optional<std::int32_t> Next(const ZELMAccountSchedule& s) {
+  const std::int32_t next = s.NextEntryDate();
+  return next < 0 ? std::nullopt : std::optional<std::int32_t>(next);
+}
+
+platform::LocalTime LocalDay(std::int32_t date) {
+  return sc::LocalTimeFromDay(sc::DayFromDateNumber(date));
+}
+
+// "every 2 weeks", "every month": the step, with the count only when it is not 1.
+std::string Every(std::int32_t n, const char* unit) {
+  if (n == 1) return std::string("every ") + unit;
+  return "every " + std::to_string(n) + " " + unit + "s";
+}
+
+std::string EndInWords(const ZELMAccountSchedule& s) {
+  switch (s.GetRepeatUntilType()) {
+    case sc::kUntilForever:
+      return "forever";
+    case sc::kUntilCount:
+      return std::to_string(s.GetRepeatUntil()) + (s.GetRepeatUntil() == 1 ? " time" : " times");
+    case sc::kUntilDate:
+      return "until " + FormatIsoDate(s.GetRepeatUntil());
+    default:
+      return "never (unknown end rule " + std::to_string(s.GetRepeatUntilType()) + ")";
+  }
+}
+
+bool ParseInt(std::string_view text, std::int32_t& value) {
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+  return result.ec == std::errc() && result.ptr == text.data() + text.size();
+}
+
+// The unit, singular and lower case; empty when unknown.
+std::string Unit(std::string_view text) {
+  std::string unit = platform::AsciiLower(text);
+  if (unit.size() > 1 && unit.back() == 's') unit.pop_back();
+  for (const char* known : {"day", "week", "month", "quarter", "year"}) {
+    if (unit == known) return unit;
+  }
+  return {};
+}
+
+// The first day on or after `from` that `matches`, looking no further than `limit` days.
+std::optional<sc::Day> FirstDayFrom(sc::Day from, int limit,
+                                    const std::function<bool(sc::Day)>& matches) {
+  for (int i = 0; i <= limit; ++i) {
+    if (matches(from + i)) return from + i;
+  }
+  return std::nullopt;
+}
+
+BookResult<std::shared_ptr<ZELMAccountSchedule>> ScheduleOf(const ZELMAccount& account,
+                                                            std::int32_t number) {
+  if (auto s = account.ScheduleForNumber(number)) return s;
+  return Unexpected{BookError::Of(
+      Kind::kNotFound, "\"" + account.GetName() + "\" has no schedule " + std::to_string(number))};
+}
+
+// The entry of the occurrence on `date`, or of the earliest one due today.
+BookResult<std::shared_ptr<ZELMAccountEntry>> Occurrence(const ZELMAccountSchedule& s,
+                                                         const std::string& which,
+                                                         std::optional<std::int32_t> date) {
+  if (!date) {
+    const std::int32_t today = platform::Today();
+    auto due = s.EvaluateForDate(LocalDay(today));
+    if (due.empty()) {
+      return Unexpected{
+          BookError::Of(Kind::kNotFound, which + " has nothing due by " + FormatIsoDate(today))};
+    }
+    return due.front();
+  }
+  if (s.DateIsCommitted(*date)) {
+    return Unexpected{BookError::Of(
+        Kind::kExists,
+        "the occurrence of " + which + " on " + FormatIsoDate(*date) + " is already entered")};
+  }
+  // An occurrence moves back at most two days off a weekend, so everything due two days later
+  // holds the occurrence dated `date` if there is one; the end rule applies too.
+  const std::int32_t later = sc::DateNumberFromDay(sc::DayFromDateNumber(*date) + 2);
+  for (auto& candidate : s.EvaluateForDate(LocalDay(later))) {
+    if (candidate->GetDate() == *date) return std::move(candidate);
+  }
+  return Invalid(FormatIsoDate(*date) + " is not a date of " + which + " (" + RuleInWords(s) + ")");
+}
+
+}  // namespace
+
+BookResult<std::shared_ptr<ZELMAccountSchedule>> BuildSchedule(const Recurrence& r) {
+  const std::string unit = Unit(r.unit);
+  if (unit.empty()) return Invalid("--every: the unit must be day, week, month, quarter or year");
+  const std::int32_t n = r.every;
+  if (n < 1) return Invalid("--every: \"" + std::to_string(n) + "\" is not a count of 1 or more");
+  const std::string on = platform::AsciiLower(r.on);
+  sc::Day start = sc::DayFromDateNumber(r.start);
+  std::int32_t kind = sc::kRepeatOnce;
+
+  if (unit == "day") {
+    if (!on.empty()) return Invalid("--on does not apply to a daily schedule");
+    // The daily kind never moves off a weekend; every N days does.
+    kind = (n == 1 && !r.weekendsBefore) ? sc::kRepeatDaily : sc::kRepeatEveryNDays;
+  } else if (unit == "week") {
+    if (r.weekendsBefore) {
+      return Invalid("a weekly schedule keeps its weekday: --weekend-shift does not apply");
+    }
+    if (!on.empty()) {
+      int wanted = -1;
+      for (int d = 0; d < 7; ++d) {
+        if (on.size() >= 3 && platform::AsciiLower(kWeekdays[d]).starts_with(on)) wanted = d;
+      }
+      if (wanted < 0) return Invalid("--on: \"" + r.on + "\" is not a weekday");
+      start = *FirstDayFrom(start, 6, [wanted](sc::Day d) { return sc::Weekday(d) == wanted; });
+    }
+    kind = n == 1 ? sc::kRepeatWeekly : n == 2 ? sc::kRepeatEveryTwoWeeks : sc::kRepeatEveryNWeeks;
+  } else if (unit == "month" || unit == "quarter") {
+    const bool month = unit == "month";
+    if (on == "last") {
+      if (n != 1) return Invalid("--on last needs --every 1 " + unit);
+      kind = month ? sc::kRepeatLastDayOfMonth : sc::kRepeatLastDayOfQuarter;
+    } else {
+      if (!on.empty()) {
+        std::int32_t day = 0;
+        if (!ParseInt(on, day) || day < 1 || day > 31) {
+          return Invalid("--on: \"" + r.on + "\" is not a day of the month (1-31 or last)");
+        }
+        start =
+            *FirstDayFrom(start, 366, [day](sc::Day d) { return sc::CivilFromDay(d).day == day; });
+      }
+      if (month) {
+        kind = n == 1 ? sc::kRepeatMonthly : sc::kRepeatEveryNMonths;
+      } else {
+        kind = n == 1 ? sc::kRepeatQuarterly : sc::kRepeatEveryNQuarters;
+      }
+    }
+  } else {  // year
+    if (!on.empty()) {
+      std::int32_t month = 0, day = 0;
+      const auto dash = on.find('-');
+      const std::string not_a_day = "--on: \"" + r.on + "\" is not a day of the year (MM-DD)";
+      if (dash == std::string::npos || !ParseInt(std::string_view(on).substr(0, dash), month) ||
+          !ParseInt(std::string_view(on).substr(dash + 1), day) || month < 1 || month > 12 ||
+          day < 1 || day > 31) {
+        return Invalid(not_a_day);
+      }
+      const auto found = FirstDayFrom(start, 366 * 4, [month, day](sc::Day d) {
+        const sc::CivilDate c = sc::CivilFromDay(d);
+        return c.month == month && c.day == day;
+      });
+      if (!found) return Invalid(not_a_day);
+      start = *found;
+    }
+    kind = n == 1 ? sc::kRepeatYearly : sc::kRepeatEveryNYears;
+  }
+  const std::int32_t start_number = sc::DateNumberFromDay(start);
+
+  std::int32_t until_type = sc::kUntilForever, until = 0;
+  if (r.until) {
+    if (*r.until < start_number) {
+      return Invalid("--until " + FormatIsoDate(*r.until) + " is before the start " +
+                     FormatIsoDate(start_number));
+    }
+    until_type = sc::kUntilDate;
+    until = *r.until;
+  } else if (r.times > 0) {
+    until_type = sc::kUntilCount;
+    until = r.times;
+  }
+
+  auto s = std::make_shared<ZELMAccountSchedule>();
+  s->SetDate(start_number);
+  s->SetRepeatIntervalType(kind);
+  s->SetRepeatInterval(kind >= sc::kRepeatEveryNDays ? n : 1);
+  s->SetRepeatUntilType(until_type);
+  s->SetRepeatUntil(until);
+  s->SetUsePrecedingFriday(r.weekendsBefore);
+  return s;
+}
+
+std::string RecurrenceInWords(const ZELMAccountSchedule& s) {
+  const std::int32_t start = s.GetDate();
+  const sc::CivilDate civil = sc::CivilFromDay(sc::DayFromDateNumber(start));
+  const std::string weekday = kWeekdays[sc::Weekday(sc::DayFromDateNumber(start))];
+  const std::string day_of_month = "on day " + std::to_string(civil.day);
+  const std::string day_of_year =
+      "on " + std::to_string(civil.day) + " " + kMonths[(civil.month - 1) % 12];
+  const std::int32_t n = s.GetRepeatInterval();
+  switch (s.GetRepeatIntervalType()) {
+    case sc::kRepeatOnce:
+      return "once on " + FormatIsoDate(start);
+    case sc::kRepeatDaily:
+      return "every day";
+    case sc::kRepeatWeekly:
+      return "every week on " + weekday;
+    case sc::kRepeatEveryTwoWeeks:
+      return "every 2 weeks on " + weekday;
+    case sc::kRepeatMonthly:
+      return "every month " + day_of_month;
+    case sc::kRepeatYearly:
+      return "every year " + day_of_year;
+    case sc::kRepeatLastDayOfMonth:
+      return "every month on its last day";
+    case sc::kRepeatQuarterly:
+      return "every 3 months " + day_of_month;
+    case sc::kRepeatLastDayOfQuarter:
+      return "every quarter on its last day";
+    case sc::kRepeatEveryNDays:
+      return Every(n, "day");
+    case sc::kRepeatEveryNWeeks:
+      return Every(n, "week") + " on " + weekday;
+    case sc::kRepeatEveryNMonths:
+      return Every(n, "month") + " " + day_of_month;
+    case sc::kRepeatEveryNYears:
+      return Every(n, "year") + " " + day_of_year;
+    case sc::kRepeatEveryNQuarters:
+      return Every(n, "quarter") + " " + day_of_month;
+    default:
+      return "never (unknown recurrence " + std::to_string(s.GetRepeatIntervalType()) + ")";
+  }
+}
+
+std::string RuleInWords(const ZELMAccountSchedule& s) {
+  std::string words = RecurrenceInWords(s);
+  if (s.GetRepeatIntervalType() != sc::kRepeatOnce) words += ", " + EndInWords(s);
+  if (s.GetUsePrecedingFriday()) words += ", weekends to the Friday before";
+  return words;
+}
+
+BookResult<ScheduleListing> ListSchedules(Book& book, std::string_view name) {
+  auto account = book.FindAccount(name);
+  if (!account) return Unexpected{account.error()};
+  std::vector<std::shared_ptr<ZELMAccountSchedule>> schedules = (*account)->GetSchedules();
+  std::stable_sort(schedules.begin(), schedules.end(), [](const auto& a, const auto& b) {
+    return a->NextEntryDateIsGreaterThan(*b) < 0;
+  });
+  ScheduleListing listing{*account, {}};
+  for (const auto& s : schedules) {
+    listing.rows.push_back({s->GetNumber(), s->GetDate(), Next(*s), RuleInWords(*s),
+                            s->GetRepeatIntervalType(), s->GetRepeatInterval(),
+                            s->GetRepeatUntilType(), s->GetRepeatUntil(),
+                            s->GetUsePrecedingFriday(), s->GetCommittedDates().size(), s->IsCheck(),
+                            EntryTypeName(**account, *s), EntryCategoryName(**account, *s),
+                            s->GetToFrom(), s->GetDescription(), s->GetAmount()});
+  }
+  return listing;
+}
+
+BookResult<std::vector<DueOccurrence>> DueOccurrences(Book& book,
+                                                      const std::optional<std::string>& name,
+                                                      std::int32_t date) {
+  std::vector<std::shared_ptr<ZELMAccount>> accounts;
+  if (name) {
+    auto account = book.FindAccount(*name);
+    if (!account) return Unexpected{account.error()};
+    accounts.push_back(*account);
+  } else {
+    accounts = book.LoadAllAccounts();
+  }
+  std::vector<DueOccurrence> due;
+  for (const auto& account : accounts) {
+    for (const auto& s : account->GetSchedules()) {
+      for (const auto& e : s->EvaluateForDate(LocalDay(date))) {
+        due.push_back({account, s->GetNumber(), e->GetDate(), e->IsCheck(),
+                       EntryTypeName(*account, *e), EntryCategoryName(*account, *e), e->GetToFrom(),
+                       e->GetDescription(), e->GetAmount()});
+      }
+    }
+  }
+  std::stable_sort(due.begin(), due.end(),
+                   [](const DueOccurrence& a, const DueOccurrence& b) { return a.date < b.date; });
+  return due;
+}
+
+BookResult<EnteredOccurrence> EnterOccurrence(Book& book, std::string_view name,
+                                              std::int32_t number,
+                                              std::optional<std::int32_t> date) {
+  auto account = book.AccountToChange(name);
+  if (!account) return Unexpected{account.error()};
+  ZELMAccount& a = **account;
+  auto s = ScheduleOf(a, number);
+  if (!s) return Unexpected{s.error()};
+  const std::string which = "schedule " + std::to_string(number) + " of \"" + a.GetName() + "\"";
+  auto occurrence = Occurrence(**s, which, date);
+  if (!occurrence) return Unexpected{occurrence.error()};
+  const std::shared_ptr<ZELMAccountEntry> entry = *occurrence;
+  entry->SetNumber(a.NextAvailableNumber());
+  if (entry->IsCheck()) entry->SetCheckNumber(a.NextAvailableCheckNumber());
+  a.AddEntry(entry);
+  (*s)->CommitEntry(entry.get());
+  return EnteredOccurrence{
+      *account,
+      number,
+      entry->GetNumber(),
+      entry->IsCheck() ? std::optional<std::int32_t>(entry->GetCheckNumber()) : std::nullopt,
+      entry->GetDate(),
+      entry->GetAmount(),
+      entry->GetToFrom(),
+      Next(**s)};
+}
+
+BookResult<ScheduleChange> AddSchedule(Book& book, std::string_view name,
+                                       const Recurrence& recurrence, const ScheduledEntry& fields) {
+  auto account = book.AccountToChange(name);
+  if (!account) return Unexpected{account.error()};
+  ZELMAccount& a = **account;
+  auto built = BuildSchedule(recurrence);
+  if (!built) return Unexpected{built.error()};
+  const std::shared_ptr<ZELMAccountSchedule> s = *built;
+  const bool debit = fields.amount < 0;
+  s->SetIsDebit(debit);
+  s->SetIsDeposit(!debit);
+  std::shared_ptr<ZELMAccountEntryType> type;
+  if (!fields.type.empty()) {
+    for (const auto* list : {&a.types(), &a.inactiveTypes()}) {
+      for (const auto& t : *list) {
+        if (!type && t->GetIsDeposit() != debit &&
+            platform::CaseInsensitiveEqual(t->GetName(), fields.type)) {
+          type = t;
+        }
+      }
+    }
+    if (!type) {
+      return Unexpected{BookError::Of(Kind::kNotFound, "\"" + a.GetName() + "\" has no " +
+                                                           (debit ? "debit" : "deposit") +
+                                                           " type named \"" + fields.type + "\"")};
+    }
+  } else {
+    type = debit ? a.GetDefaultDebitType() : a.GetDefaultDepositType();
+  }
+  if (type) {
+    s->SetType(type->GetNumber());
+    s->SetIsCheck(type->GetIsCheck());
+  }
+  if (!fields.category.empty()) {
+    std::shared_ptr<ZELMAccountEntryCategory> found;
+    for (const auto& top : book.categories()) {
+      if ((found = top->childWithFullName(fields.category))) break;
+    }
+    if (!found) {
+      return Unexpected{BookError::Of(Kind::kNotFound,
+                                      "no category named \"" + fields.category + "\" in the book")};
+    }
+    s->SetCategory(found->number());
+  }
+  s->SetAmount(fields.amount);
+  s->SetToFrom(fields.toFrom);
+  s->SetDescription(fields.description);
+  s->SetNumber(a.NextAvailableScheduleNumber());
+  a.AddSchedule(s);
+  return ScheduleChange{*account, s->GetNumber(), RuleInWords(*s), Next(*s)};
+}
+
+BookResult<ScheduleChange> RemoveSchedule(Book& book, std::string_view name, std::int32_t number) {
+  auto account = book.AccountToChange(name);
+  if (!account) return Unexpected{account.error()};
+  auto s = ScheduleOf(**account, number);
+  if (!s) return Unexpected{s.error()};
+  (*account)->RemoveSchedule(s->get());
+  return ScheduleChange{*account, number, RuleInWords(**s), std::nullopt};
+}
+
+}  // namespace folvant
