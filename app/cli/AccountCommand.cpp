@@ -1,18 +1,19 @@
 #include <cmath>
 #include <cstdlib>
-#include <iomanip>
+#include <memory>
 #include <ostream>
+#include <string>
+#include <vector>
 
-#include "folvant/book/Book.h"
 #include "app/cli/BookAccess.h"
-#include "app/cli/Options.h"
-#include "app/cli/TextOutput.h"
-#include "app/render/AmountText.h"
 #include "app/cli/Commands.h"
+#include "app/cli/Options.h"
+#include "app/render/AmountText.h"
+#include "app/render/Json.h"
+#include "app/render/Table.h"
+#include "folvant/book/Book.h"
 #include "folvant/model/ZELMAccount.h"
-#include "folvant/platform/Text.h"
 #include "folvant/values/LVCurrency.h"
-#include "folvant/values/LVEditingCurrency.h"
 
 namespace folvant::app {
 namespace {
@@ -24,65 +25,28 @@ struct NewAccountOptions {
   int startingCheck = 1;
 };
 
-// Written forms of a few common currencies, used when an account asks for a currency the book
-// does not have yet. Rates start at 1 until the user sets them.
-struct KnownCurrency {
-  const char* code;
-  const char* description;
-  const char* symbol;
-  bool symbolFirst;
-  const char* thousands;
-  const char* decimal;
-};
-constexpr KnownCurrency kKnownCurrencies[] = {
-    {"USD", "US Dollar", "$", true, ",", "."},     {"CAD", "Canadian Dollar", "$", true, ",", "."},
-    {"EUR", "Euro", "€", false, ".", ","},         {"GBP", "Pound Sterling", "£", true, ",", "."},
-    {"CHF", "Swiss Franc", "CHF", true, "'", "."}, {"JPY", "Yen", "¥", true, ",", "."},
-};
-
-std::shared_ptr<LVCurrency> CurrencyFor(Book& book, const std::string& code) {
-  for (const auto& c : book.currencies()) {
-    if (platform::CaseInsensitiveEqual(c->code(), code)) return c;
-  }
-  for (const KnownCurrency& known : kKnownCurrencies) {
-    if (platform::CaseInsensitiveEqual(known.code, code)) {
-      auto c = std::make_shared<LVCurrency>(known.code, known.description, known.symbol,
-                                            known.symbolFirst, known.thousands, known.decimal, 1.0,
-                                            platform::Today());
-      book.currencies().push_back(c);
-      book.BookChanged();
-      return c;
-    }
-  }
-  auto c = std::make_shared<LVCurrency>();
-  c->setCode(code);
-  c->setDescription(code);
-  c->setSymbol(code);
-  book.currencies().push_back(c);
-  book.BookChanged();
-  return c;
-}
-
 int NewAccount(Context& context, const NewAccountOptions& options) {
   auto book = OpenBook(context, Book::Access::kWrite);
   if (!book) return 1;
-  std::shared_ptr<LVCurrency> currency = book->currency();
+  std::shared_ptr<LVCurrency> currency;
   if (!options.currency.empty()) {
-    // Checked against no list: a code already in the book is reused, not refused.
-    if (auto problem = ValidateCurrencyCode(options.currency, {}, nullptr)) {
-      return Fail(context, problem->statement + " " + problem->message);
+    auto registered = book->RegisterCurrency(options.currency);
+    if (!registered) {
+      if (registered.error().kind != BookError::Kind::kInvalid) {
+        return Fail(context, registered.error());
+      }
+      Fail(context, "--currency: " + registered.error().message);
+      return 2;  // a usage error
     }
-    currency = CurrencyFor(*book, options.currency);
+    currency = *registered;
   }
-  auto added = book->AddAccount(options.name);
+  auto added = book->AddAccount(options.name, currency, options.startingBalance);
   if (!added) return Fail(context, added.error());
   const auto& account = *added;
-  account->setCurrency(currency);
-  account->SetStartingBalance(options.startingBalance);
   account->SetStartingCheckNumber(options.startingCheck);
   if (!SaveBook(context, *book)) return 1;
   context.out << "Created account \"" << account->GetName() << "\" (number " << account->GetNumber()
-              << ", " << currency->code() << ")\n";
+              << ", " << account->currency()->code() << ")\n";
   return 0;
 }
 
@@ -94,36 +58,43 @@ std::string BalanceText(const Book& book, const AccountListing& line) {
   return render::AmountWriter(currency ? *currency : *book.currency()).Text(*line.balance);
 }
 
+void PrintJson(Context& context, const std::vector<AccountListing>& list) {
+  using render::Json;
+  Json document = Json::array();
+  for (const AccountListing& line : list) {
+    document.push_back(
+        {{"number", line.number},
+         {"name", render::JsonText(line.name)},
+         {"currency", render::JsonText(line.currency)},
+         {"balance", line.balance ? render::JsonAmount(*line.balance) : Json(nullptr)},
+         {"problem", line.problem.empty() ? Json(nullptr) : render::JsonText(line.problem)}});
+  }
+  render::WriteJson(context.out, document);
+}
+
 int ListAccounts(Context& context, bool json) {
   auto book = OpenBook(context);
   if (!book) return 1;
   const std::vector<AccountListing> list = book->ListAccounts();
   PrintWarnings(context, *book);
   if (json) {
-    context.out << "[";
-    bool first = true;
-    for (const AccountListing& line : list) {
-      context.out << (first ? "\n" : ",\n") << "  {\"number\": " << line.number
-                  << ", \"name\": " << JsonString(line.name)
-                  << ", \"currency\": " << JsonString(line.currency) << ", \"balance\": "
-                  << (line.balance ? PlainAmount(*line.balance) : std::string("null"))
-                  << ", \"problem\": " << (line.problem.empty() ? "null" : JsonString(line.problem))
-                  << "}";
-      first = false;
-    }
-    context.out << (first ? "]\n" : "\n]\n");
+    PrintJson(context, list);
     return 0;
   }
-  std::size_t width = 4;
-  for (const AccountListing& line : list) width = std::max(width, DisplayWidth(line.name));
-  context.out << Pad("Name", width) << "  " << std::setw(16) << "Balance"
-              << "  Currency\n";
+  bool any_problem = false;
+  for (const AccountListing& line : list) any_problem = any_problem || !line.problem.empty();
+  render::Table table;
+  table.AddFitColumn("Name", render::Align::kLeft);
+  // Sixteen columns at least, so that the columns stay where they are from one book to the next.
+  table.AddFitColumn(std::string(9, ' ') + "Balance", render::Align::kRight);
+  table.AddFitColumn("Currency", render::Align::kLeft);
+  if (any_problem) table.AddFitColumn("Problem", render::Align::kLeft);
   for (const AccountListing& line : list) {
-    context.out << Pad(line.name, width) << "  " << PadLeft(BalanceText(*book, line), 16) << "  "
-                << line.currency;
-    if (!line.problem.empty()) context.out << "  (" << line.problem << ")";
-    context.out << '\n';
+    table.AddRow({line.name, BalanceText(*book, line), line.currency, line.problem});
   }
+  std::string out;
+  table.Write(out);
+  context.out << out;
   return 0;
 }
 
@@ -136,14 +107,15 @@ void RegisterAccountCommand(CLI::App& app, Context& context, CommandList& action
   auto options = std::make_shared<NewAccountOptions>();
   CLI::App* create = account->add_subcommand("new", "Create an account");
   create->add_option("NAME", options->name, "Name of the account")->required();
-  create->add_option("--currency", options->currency, "Currency code (default: the base currency)");
+  create->add_option("--currency", options->currency,
+                     "Currency code, e.g. EUR (default: the base currency)");
   create->add_option("--starting-balance", options->startingBalance, "Opening balance")
       ->check(CLI::Validator(
           [](const std::string& value) -> std::string {
             // A balance that is not a number, or beyond what a register holds, would spoil
             // every balance after it.
             const double x = std::strtod(value.c_str(), nullptr);
-            if (std::isfinite(x) && std::fabs(x) <= render::kLargestAmount) return {};
+            if (std::isfinite(x) && std::fabs(x) <= Book::kLargestStartingBalance) return {};
             return "\"" + value + "\" is not an amount a register can hold";
           },
           ""));

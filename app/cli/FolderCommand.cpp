@@ -1,25 +1,21 @@
-#include <iomanip>
+#include <cstdint>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
 
-#include "folvant/book/Book.h"
-#include "folvant/book/Names.h"
 #include "app/cli/BookAccess.h"
-#include "app/cli/Options.h"
-#include "app/cli/TextOutput.h"
 #include "app/cli/Commands.h"
-#include "folvant/model/ZELMAccount.h"
-#include "folvant/model/ZELMAccountEntry.h"
-#include "folvant/model/ZELMAccountFolder.h"
-#include "folvant/platform/Text.h"
+#include "app/render/AmountText.h"
+#include "app/render/Json.h"
+#include "app/render/Table.h"
+#include "folvant/book/Book.h"
+#include "folvant/book/Folders.h"
 #include "folvant/values/LVCurrency.h"
 
 namespace folvant::app {
 namespace {
 
-// Folders hold entries beside the register: an entry lives either in the account's main list
-// (the register proper) or in exactly one folder, and every balance counts it either way.
 struct FolderOptions {
   std::string account;
   std::string name;
@@ -29,69 +25,60 @@ struct FolderOptions {
   bool json = false;
 };
 
-int NoFolder(Context& context, const ZELMAccount& account, const std::string& name) {
-  return Fail(context, "no folder named \"" + name + "\" in \"" + account.GetName() + "\"");
+// A right-aligned header that keeps its column at least `width` wide.
+std::string WideHeader(const std::string& text, std::size_t width) {
+  return std::string(width > text.size() ? width - text.size() : 0, ' ') + text;
 }
 
-// Files the entry in `target` (nullptr: the main list), taking it out of wherever it was. The
-// account files new entries into the shown folder, so the target is shown for the move.
-void MoveEntry(ZELMAccount& account, const std::shared_ptr<ZELMAccountEntry>& entry,
-               const std::shared_ptr<ZELMAccountFolder>& target) {
-  account.RemoveEntry(entry.get());
-  const std::shared_ptr<ZELMAccountFolder> shown = account.folder();
-  account.setFolder(target);
-  account.AddEntry(entry);
-  account.setFolder(shown);
+void PrintJson(Context& context, const FolderList& list) {
+  using render::Json;
+  Json folders = Json::array();
+  for (const FolderLine& folder : list.folders) {
+    folders.push_back({{"name", render::JsonText(folder.name)},
+                       {"entries", folder.entries},
+                       {"total", render::JsonAmount(folder.total)}});
+  }
+  Json document = Json::object();
+  document["account"] = render::JsonText(list.account);
+  document["registerEntries"] = list.registerEntries;
+  document["folders"] = std::move(folders);
+  render::WriteJson(context.out, document);
 }
-
-std::size_t MainListCount(const ZELMAccount& account) { return account.GetEntries().size(); }
 
 int ListFolders(Context& context, const FolderOptions& options) {
-  std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, options.account);
-  if (!account) return 1;
-  auto& out = context.out;
+  auto book = OpenBook(context);
+  if (!book) return 1;
+  auto list = folvant::ListFolders(*book, options.account);
+  PrintWarnings(context, *book);
+  if (!list) return Fail(context, list.error());
   if (options.json) {
-    out << "{\n  \"account\": " << JsonString(account->GetName())
-        << ",\n  \"registerEntries\": " << MainListCount(*account) << ",\n  \"folders\": [";
-    bool first = true;
-    for (const auto& folder : account->folders()) {
-      out << (first ? "\n" : ",\n") << "    {\"name\": " << JsonString(folder->name())
-          << ", \"entries\": " << folder->entries().size()
-          << ", \"total\": " << PlainAmount(folder->total()) << "}";
-      first = false;
-    }
-    out << (first ? "]\n}\n" : "\n  ]\n}\n");
+    PrintJson(context, *list);
     return 0;
   }
-  std::size_t width = 6;
-  for (const auto& folder : account->folders())
-    width = std::max(width, DisplayWidth(folder->name()));
-  out << Pad("Folder", width) << "  " << std::setw(7) << "Entries"
-      << "  " << std::setw(16) << "Total" << '\n';
-  for (const auto& folder : account->folders()) {
-    out << Pad(folder->name(), width) << "  " << std::setw(7) << folder->entries().size() << "  "
-        << PadLeft(FormatAmount(*account->currency(), folder->total()), 16) << '\n';
+  auto currency = book->currencyWithCode(list->currency);
+  const render::AmountWriter amounts(currency ? *currency : *book->currency());
+  render::Table table;
+  table.AddFitColumn("Folder", render::Align::kLeft);
+  table.AddFitColumn("Entries", render::Align::kRight);
+  table.AddFitColumn(WideHeader("Total", 16), render::Align::kRight);
+  for (const FolderLine& folder : list->folders) {
+    table.AddRow({folder.name, std::to_string(folder.entries), amounts.Text(folder.total)});
   }
-  out << "\nIn the register itself: " << MainListCount(*account) << " entries\n";
+  std::string out;
+  table.Write(out);
+  out += "\nIn the register itself: " + std::to_string(list->registerEntries) + " entries\n";
+  context.out << out;
   return 0;
 }
 
 int NewFolder(Context& context, const FolderOptions& options) {
-  std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, options.account, Book::Access::kWrite);
-  if (!account) return 1;
-  if (options.name.empty()) return Fail(context, "a folder needs a name");
-  if (FindNamed(account->folders(), options.name)) {
-    return Fail(context, "a folder named \"" + options.name + "\" already exists in \"" +
-                             account->GetName() + "\"");
-  }
-  auto folder = std::make_shared<ZELMAccountFolder>();
-  folder->setName(options.name);
-  account->addFolder(folder);
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto made = folvant::NewFolder(*book, options.account, options.name);
+  PrintWarnings(context, *book);
+  if (!made) return Fail(context, made.error());
   if (!SaveBook(context, *book)) return 1;
-  context.out << "Created folder \"" << folder->name() << "\" in \"" << account->GetName()
-              << "\"\n";
+  context.out << "Created folder \"" << made->folder << "\" in \"" << made->account << "\"\n";
   return 0;
 }
 
@@ -100,45 +87,32 @@ int MoveEntries(Context& context, const FolderOptions& options) {
     Fail(context, "folder move needs --to NAME or --to-register");
     return 2;  // a usage error
   }
-  std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, options.account, Book::Access::kWrite);
-  if (!account) return 1;
-  std::shared_ptr<ZELMAccountFolder> target;
-  if (!options.toRegister && !(target = FindNamed(account->folders(), options.to))) {
-    return NoFolder(context, *account, options.to);
-  }
-  // Every number is checked before anything moves, so a bad number changes nothing.
-  std::vector<std::shared_ptr<ZELMAccountEntry>> entries;
-  for (std::int32_t number : options.entries) {
-    auto entry = account->GetEntryWithNumber(number);
-    if (!entry) {
-      return Fail(context, "no entry number " + std::to_string(number) + " in \"" +
-                               account->GetName() + "\"");
-    }
-    entries.push_back(std::move(entry));
-  }
-  for (const auto& entry : entries) MoveEntry(*account, entry, target);
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto moved = folvant::MoveEntries(*book, options.account, options.entries,
+                                    options.toRegister ? std::string() : options.to);
+  PrintWarnings(context, *book);
+  if (!moved) return Fail(context, moved.error());
   if (!SaveBook(context, *book)) return 1;
-  context.out << "Moved " << entries.size() << (entries.size() == 1 ? " entry" : " entries")
-              << (target ? " to folder \"" + target->name() + "\"" : " to the register") << '\n';
+  context.out << "Moved " << moved->entries << (moved->entries == 1 ? " entry" : " entries")
+              << (moved->folder.empty() ? " to the register"
+                                        : " to folder \"" + moved->folder + "\"")
+              << '\n';
   return 0;
 }
 
 int RemoveFolder(Context& context, const FolderOptions& options) {
-  std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, options.account, Book::Access::kWrite);
-  if (!account) return 1;
-  auto folder = FindNamed(account->folders(), options.name);
-  if (!folder) return NoFolder(context, *account, options.name);
-  // The folder holds its entries itself; they go back to the register so that none is lost.
-  const ZELMAccountFolder::EntryList entries = folder->entries();
-  for (const auto& entry : entries) MoveEntry(*account, entry, nullptr);
-  account->removeFolder(folder.get());
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto removed = folvant::RemoveFolder(*book, options.account, options.name);
+  PrintWarnings(context, *book);
+  if (!removed) return Fail(context, removed.error());
   if (!SaveBook(context, *book)) return 1;
-  context.out << "Removed folder \"" << folder->name() << "\"";
-  if (!entries.empty()) {
-    context.out << "; its " << entries.size()
-                << (entries.size() == 1 ? " entry is" : " entries are") << " back in the register";
+  context.out << "Removed folder \"" << removed->folder << "\"";
+  if (removed->entries > 0) {
+    context.out << "; its " << removed->entries
+                << (removed->entries == 1 ? " entry is" : " entries are")
+                << " back in the register";
   }
   context.out << '\n';
   return 0;

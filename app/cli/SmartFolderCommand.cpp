@@ -1,26 +1,20 @@
+#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
 
-#include "folvant/book/Book.h"
-#include "folvant/book/Names.h"
-#include "folvant/filters/ConditionSyntax.h"
 #include "app/cli/BookAccess.h"
-#include "app/cli/Options.h"
-#include "app/cli/TextOutput.h"
 #include "app/cli/Commands.h"
-#include "folvant/filters/ZELMFilter.h"
-#include "folvant/model/ZELMAccount.h"
-#include "folvant/platform/Text.h"
+#include "app/render/Json.h"
+#include "folvant/book/Book.h"
+#include "folvant/book/Folders.h"
+#include "folvant/filters/ConditionSyntax.h"
 
 namespace folvant::app {
 namespace {
 
-using Group = ZELMFilterConditionGroup;
-
-// A smart folder is a saved filter. The command line makes two shapes of it: every --where in
-// one group that all must pass, or, with --any, one group per condition where the first
-// narrows and the others add, so that an entry passing any one condition is shown.
+// The command line makes two shapes of smart folder: every --where in one group that all must
+// pass, or, with --any, one group per condition where the first narrows and the others add.
 struct SmartFolderOptions {
   std::string account;
   std::string name;
@@ -38,144 +32,113 @@ std::string ShellQuoted(const std::string& text) {
 
 // The options that make this smart folder again, or nothing when it has a shape the command
 // line does not make.
-std::string AsOptions(const ZELMFilter& filter) {
-  const auto& groups = filter.conditionGroups();
-  const auto where = [](const Group& group) {
+std::string AsOptions(const SmartFolderLine& line) {
+  const auto& groups = line.groups;
+  const auto where = [](const SmartFolderGroup& group) {
     std::string text;
-    for (const auto& condition : group.conditions())
-      text += " --where " + ShellQuoted(FormatCondition(*condition));
+    for (const std::string& condition : group.conditions)
+      text += " --where " + ShellQuoted(condition);
     return text;
   };
-  if (groups.size() == 1 && groups[0]->logic() == Group::kLogicNarrows &&
-      groups[0]->qualifier() == Group::kQualifierAll && !groups[0]->conditions().empty()) {
-    return where(*groups[0]).substr(1);
+  if (groups.size() == 1 && groups[0].join == "and" && groups[0].match == "all" &&
+      !groups[0].conditions.empty()) {
+    return where(groups[0]).substr(1);
   }
   if (groups.size() < 2) return {};
   for (std::size_t i = 0; i < groups.size(); ++i) {
-    const Group& group = *groups[i];
-    if (group.logic() != (i == 0 ? Group::kLogicNarrows : Group::kLogicAdds) ||
-        group.qualifier() != Group::kQualifierAll || group.conditions().size() != 1) {
+    const SmartFolderGroup& group = groups[i];
+    if (group.join != (i == 0 ? "and" : "or") || group.match != "all" ||
+        group.conditions.size() != 1) {
       return {};
     }
   }
   std::string text = "--any";
-  for (const auto& group : groups) text += where(*group);
+  for (const auto& group : groups) text += where(group);
   return text;
 }
 
-std::string JoinWord(std::int32_t logic) {
-  if (logic == Group::kLogicNarrows) return "and";
-  if (logic == Group::kLogicAdds) return "or";
-  return std::to_string(logic);
-}
-
-std::string MatchWord(std::int32_t qualifier) {
-  if (qualifier == Group::kQualifierAll) return "all";
-  if (qualifier == Group::kQualifierAny) return "any";
-  return std::to_string(qualifier);
+void PrintJson(Context& context, const SmartFolderList& list) {
+  using render::Json;
+  Json folders = Json::array();
+  for (const SmartFolderLine& line : list.smartFolders) {
+    Json groups = Json::array();
+    for (const SmartFolderGroup& group : line.groups) {
+      Json conditions = Json::array();
+      for (const std::string& condition : group.conditions) {
+        conditions.push_back(render::JsonText(condition));
+      }
+      groups.push_back(
+          {{"join", group.join}, {"match", group.match}, {"conditions", std::move(conditions)}});
+    }
+    folders.push_back({{"name", render::JsonText(line.name)}, {"groups", std::move(groups)}});
+  }
+  Json document = Json::object();
+  document["account"] = render::JsonText(list.account);
+  document["smartFolders"] = std::move(folders);
+  render::WriteJson(context.out, document);
 }
 
 int ListSmartFolders(Context& context, const SmartFolderOptions& options) {
-  std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, options.account);
-  if (!account) return 1;
-  auto& out = context.out;
+  auto book = OpenBook(context);
+  if (!book) return 1;
+  auto list = folvant::ListSmartFolders(*book, options.account);
+  PrintWarnings(context, *book);
+  if (!list) return Fail(context, list.error());
   if (options.json) {
-    out << "{\n  \"account\": " << JsonString(account->GetName()) << ",\n  \"smartFolders\": [";
-    bool first = true;
-    for (const auto& filter : account->smartFolders()) {
-      out << (first ? "\n" : ",\n") << "    {\"name\": " << JsonString(filter->name())
-          << ", \"groups\": [";
-      bool first_group = true;
-      for (const auto& group : filter->conditionGroups()) {
-        out << (first_group ? "" : ", ") << "{\"join\": " << JsonString(JoinWord(group->logic()))
-            << ", \"match\": " << JsonString(MatchWord(group->qualifier()))
-            << ", \"conditions\": [";
-        bool first_condition = true;
-        for (const auto& condition : group->conditions()) {
-          out << (first_condition ? "" : ", ") << JsonString(FormatCondition(*condition));
-          first_condition = false;
-        }
-        out << "]}";
-        first_group = false;
-      }
-      out << "]}";
-      first = false;
-    }
-    out << (first ? "]\n}\n" : "\n  ]\n}\n");
+    PrintJson(context, *list);
     return 0;
   }
-  for (const auto& filter : account->smartFolders()) {
-    out << filter->name() << '\n';
-    const std::string options_text = AsOptions(*filter);
+  std::string out;
+  for (const SmartFolderLine& line : list->smartFolders) {
+    out += line.name + '\n';
+    const std::string options_text = AsOptions(line);
     if (!options_text.empty()) {
-      out << "  " << options_text << '\n';
+      out += "  " + options_text + '\n';
       continue;
     }
-    if (filter->conditionGroups().empty()) out << "  (no conditions: every entry)\n";
-    for (const auto& group : filter->conditionGroups()) {
+    if (line.groups.empty()) out += "  (no conditions: every entry)\n";
+    for (const SmartFolderGroup& group : line.groups) {
       // Groups the command line does not make: one line each, with how it joins the others.
-      out << "  " << JoinWord(group->logic()) << ' ' << MatchWord(group->qualifier()) << " of:";
-      for (const auto& condition : group->conditions())
-        out << ' ' << ShellQuoted(FormatCondition(*condition));
-      out << '\n';
+      out += "  " + group.join + ' ' + group.match + " of:";
+      for (const std::string& condition : group.conditions) out += ' ' + ShellQuoted(condition);
+      out += '\n';
     }
   }
+  context.out << out;
   return 0;
 }
 
 int NewSmartFolder(Context& context, const SmartFolderOptions& options) {
-  // The conditions are read before the book is opened: a mistake there is a usage error.
-  std::vector<std::shared_ptr<ZELMFilterCondition>> conditions;
-  for (const std::string& text : options.where) {
-    std::string error;
-    auto condition = ParseCondition(text, error);
-    if (!condition) {
-      Fail(context, "--where: " + error);
-      return 2;
-    }
-    conditions.push_back(std::move(condition));
-  }
-  std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, options.account, Book::Access::kWrite);
-  if (!account) return 1;
-  if (options.name.empty()) return Fail(context, "a smart folder needs a name");
-  if (FindNamed(account->smartFolders(), options.name)) {
-    return Fail(context, "a smart folder named \"" + options.name + "\" already exists in \"" +
-                             account->GetName() + "\"");
-  }
-  auto filter = std::make_shared<ZELMFilter>();
-  filter->setName(options.name);
-  std::shared_ptr<Group> group;
-  for (auto& condition : conditions) {
-    if (!group || options.any) {
-      group = std::make_shared<Group>();
-      group->setQualifier(Group::kQualifierAll);
-      group->setLogic(filter->conditionGroups().empty() ? Group::kLogicNarrows : Group::kLogicAdds);
-      filter->addConditionGroup(group);
-    }
-    group->addCondition(std::move(condition));
-  }
-  account->addSmartFolder(filter);
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto made =
+      folvant::NewSmartFolder(*book, options.account, options.name, options.where, options.any);
+  PrintWarnings(context, *book);
+  if (!made) return Fail(context, made.error());
   if (!SaveBook(context, *book)) return 1;
-  context.out << "Created smart folder \"" << filter->name() << "\" in \"" << account->GetName()
-              << "\"\n";
+  context.out << "Created smart folder \"" << made->folder << "\" in \"" << made->account << "\"\n";
   return 0;
 }
 
 int RemoveSmartFolder(Context& context, const SmartFolderOptions& options) {
-  std::unique_ptr<Book> book;
-  auto account = OpenAccount(context, book, options.account, Book::Access::kWrite);
-  if (!account) return 1;
-  auto filter = FindNamed(account->smartFolders(), options.name);
-  if (!filter) {
-    return Fail(context,
-                "no smart folder named \"" + options.name + "\" in \"" + account->GetName() + "\"");
-  }
-  account->removeSmartFolder(filter.get());
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto removed = folvant::RemoveSmartFolder(*book, options.account, options.name);
+  PrintWarnings(context, *book);
+  if (!removed) return Fail(context, removed.error());
   if (!SaveBook(context, *book)) return 1;
-  context.out << "Removed smart folder \"" << filter->name() << "\"\n";
+  context.out << "Removed smart folder \"" << removed->folder << "\"\n";
   return 0;
+}
+
+// An option check: the value is a condition the command line reads.
+CLI::Validator Condition() {
+  return CLI::Validator(
+      [](const std::string& value) -> std::string {
+        std::string error;
+        return ParseCondition(value, error) ? std::string() : error;
+      },
+      "");
 }
 
 }  // namespace
@@ -198,6 +161,7 @@ void RegisterSmartFolderCommand(CLI::App& app, Context& context, CommandList& ac
                    "A condition FIELD QUALIFIER [VALUE], e.g. 'description contains rent', "
                    "'amount > 100', 'date in-last 3 months', 'resolved no'")
       ->required()
+      ->check(Condition())
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   create->add_flag("--any", options->any,

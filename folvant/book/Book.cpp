@@ -4,10 +4,14 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <map>
 #include <system_error>
+
+#include <unicode/ucurr.h>
+#include <unicode/unistr.h>
 
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntryCategory.h"
@@ -64,6 +68,57 @@ std::string Summarize(const std::vector<std::string>& messages) {
 }
 
 std::string Quote(std::string_view text) { return "\"" + std::string(text) + "\""; }
+
+// Written forms of a few common currencies as people here write them; other currencies take
+// ICU's English name and symbol, with the symbol first and "," and ".".
+struct KnownCurrency {
+  const char* code;
+  const char* description;
+  const char* symbol;
+  bool symbolFirst;
+  const char* thousands;
+  const char* decimal;
+};
+constexpr KnownCurrency kKnownCurrencies[] = {
+    {"USD", "US Dollar", "$", true, ",", "."},     {"CAD", "Canadian Dollar", "$", true, ",", "."},
+    {"EUR", "Euro", "€", false, ".", ","},         {"GBP", "Pound Sterling", "£", true, ",", "."},
+    {"CHF", "Swiss Franc", "CHF", true, "'", "."}, {"JPY", "Yen", "¥", true, ",", "."},
+};
+
+// ICU's name of the currency in the style, in English; empty when it has none.
+std::string IcuCurrencyName(const UChar* code, UCurrNameStyle style) {
+  UErrorCode status = U_ZERO_ERROR;
+  UBool choice = false;
+  int32_t length = 0;
+  const UChar* name = ucurr_getName(code, "en", style, &choice, &length, &status);
+  if (U_FAILURE(status) || name == nullptr) return {};
+  std::string text;
+  icu::UnicodeString(name, length).toUTF8String(text);
+  return text;
+}
+
+// A new currency of the code (three ASCII letters, upper case), or nullptr when ICU does not
+// know it as a currency at any time.
+std::shared_ptr<LVCurrency> MakeCurrency(const std::string& code) {
+  for (const KnownCurrency& known : kKnownCurrencies) {
+    if (code == known.code) {
+      return std::make_shared<LVCurrency>(known.code, known.description, known.symbol,
+                                          known.symbolFirst, known.thousands, known.decimal, 1.0,
+                                          platform::Today());
+    }
+  }
+  const UChar wide[4] = {static_cast<UChar>(code[0]), static_cast<UChar>(code[1]),
+                         static_cast<UChar>(code[2]), 0};
+  UErrorCode status = U_ZERO_ERROR;
+  if (!ucurr_isAvailable(wide, U_DATE_MIN, U_DATE_MAX, &status) || U_FAILURE(status)) {
+    return nullptr;
+  }
+  std::string description = IcuCurrencyName(wide, UCURR_LONG_NAME);
+  std::string symbol = IcuCurrencyName(wide, UCURR_SYMBOL_NAME);
+  return std::make_shared<LVCurrency>(code, description.empty() ? code : description,
+                                      symbol.empty() ? code : symbol, true, ",", ".", 1.0,
+                                      platform::Today());
+}
 
 }  // namespace
 
@@ -473,7 +528,9 @@ std::vector<AccountListing> Book::ListAccounts() {
   return list;
 }
 
-BookResult<std::shared_ptr<ZELMAccount>> Book::AddAccount(std::string_view name) {
+BookResult<std::shared_ptr<ZELMAccount>> Book::AddAccount(std::string_view name,
+                                                          std::shared_ptr<LVCurrency> currency,
+                                                          double startingBalance) {
   if (access_ != Access::kWrite) {
     return Unexpected{BookError::Of(Kind::kReadOnly, "the book was opened for reading only")};
   }
@@ -482,12 +539,17 @@ BookResult<std::shared_ptr<ZELMAccount>> Book::AddAccount(std::string_view name)
     return Unexpected{
         BookError::Of(Kind::kExists, "an account named " + Quote(name) + " already exists")};
   }
+  if (!std::isfinite(startingBalance) || std::fabs(startingBalance) > kLargestStartingBalance) {
+    return Unexpected{BookError::Of(
+        Kind::kInvalid, "a starting balance must be a number no larger than 1e15 either way")};
+  }
   auto account = std::make_shared<ZELMAccount>();
   account->setAccountsController(this);
   account->Authenticate(std::nullopt);
   account->SetName(std::string(name));
   account->SetNumber(nextAccountNumber_++);
-  account->setCurrency(currency());
+  account->setCurrency(currency ? std::move(currency) : this->currency());
+  account->SetStartingBalance(startingBalance);
   auto slot = std::make_unique<Slot>();
   slot->number = account->GetNumber();
   slot->name = std::string(name);
@@ -498,6 +560,28 @@ BookResult<std::shared_ptr<ZELMAccount>> Book::AddAccount(std::string_view name)
   slots_.push_back(std::move(slot));
   bookChanged_ = true;
   return account;
+}
+
+BookResult<std::shared_ptr<LVCurrency>> Book::RegisterCurrency(std::string_view code) {
+  for (const auto& c : currencies_) {
+    if (platform::CaseInsensitiveEqual(c->code(), code)) return c;
+  }
+  std::string upper(code);
+  bool letters = upper.size() == 3;
+  for (char& c : upper) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    letters = letters && c >= 'A' && c <= 'Z';
+  }
+  auto currency = letters ? MakeCurrency(upper) : nullptr;
+  if (!currency) {
+    return Unexpected{BookError::Of(Kind::kInvalid, Quote(code) + " is not a currency code")};
+  }
+  if (access_ != Access::kWrite) {
+    return Unexpected{BookError::Of(Kind::kReadOnly, "the book was opened for reading only")};
+  }
+  currencies_.push_back(currency);
+  bookChanged_ = true;
+  return currency;
 }
 
 std::optional<BookError> Book::Save() {

@@ -122,8 +122,20 @@ class Book final : public ZELMAccountsController {
   // Warnings gathered since the last call (accounts read with damage), one line each.
   std::vector<std::string> TakeWarnings();
 
-  // A new account with a fresh number in the base currency, saved with the book.
-  BookResult<std::shared_ptr<ZELMAccount>> AddAccount(std::string_view name);
+  // The largest starting balance an account takes: past it a double no longer holds cents.
+  static constexpr double kLargestStartingBalance = 1e15;
+
+  // A new account with a fresh number, in `currency` (nullptr: the base currency) and with the
+  // starting balance, saved with the book. A starting balance that is not a number or beyond
+  // kLargestStartingBalance is refused: it would spoil every balance after it.
+  BookResult<std::shared_ptr<ZELMAccount>> AddAccount(
+      std::string_view name, std::shared_ptr<LVCurrency> currency = nullptr,
+      double startingBalance = 0.0);
+
+  // The book's currency of that code (ignoring case), added to the book when it has none yet,
+  // with the written form of the currency where it is known and a rate of 1 until the user sets
+  // one. A code that is not a currency (ISO 4217, as ICU knows them) is refused.
+  BookResult<std::shared_ptr<LVCurrency>> RegisterCurrency(std::string_view code);
 
   // Top-level categories of the shared tree.
   const std::vector<std::shared_ptr<ZELMAccountEntryCategory>>& categories() const {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "folvant/book/Book.h"
+#include "folvant/book/Names.h"
 #include "folvant/filters/FilterCodes.h"
 #include "folvant/filters/ZELMFilter.h"
 #include "folvant/model/ZELMAccount.h"
@@ -109,14 +110,6 @@ RegisterFilterWords Describe(const ZELMAccount& account, const ZELMAccountFolder
   return d;
 }
 
-template <typename List>
-typename List::value_type Named(const List& list, std::string_view name) {
-  for (const auto& item : list) {
-    if (platform::CaseInsensitiveEqual(item->name(), name)) return item;
-  }
-  return nullptr;
-}
-
 const std::string kSplit = "(split)";
 
 // The full name of the entry's category; "(split)" for a split entry whose category is not
@@ -199,12 +192,12 @@ BookResult<RegisterView> ShowRegister(Book& book, const RegisterQuery& query) {
   // The shown folder and smart folder apply to this view only.
   std::shared_ptr<ZELMAccountFolder> folder;
   std::shared_ptr<ZELMFilter> smart_folder;
-  if (!query.folder.empty() && !(folder = Named(account->folders(), query.folder))) {
+  if (!query.folder.empty() && !(folder = FindNamed(account->folders(), query.folder))) {
     return Unexpected{BookError::Of(Kind::kNotFound, "no folder named \"" + query.folder +
                                                          "\" in \"" + account->GetName() + "\"")};
   }
   if (!query.smartFolder.empty() &&
-      !(smart_folder = Named(account->smartFolders(), query.smartFolder))) {
+      !(smart_folder = FindNamed(account->smartFolders(), query.smartFolder))) {
     return Unexpected{BookError::Of(Kind::kNotFound, "no smart folder named \"" +
                                                          query.smartFolder + "\" in \"" +
                                                          account->GetName() + "\"")};

@@ -15,31 +15,6 @@ namespace fs = std::filesystem;
 using testing::Cli;
 using testing::CommandResult;
 
-TEST_F(Cli, NewBookAccountsAndEmptyRegister) {
-  ASSERT_EQ(Folvant("init book").status, 0);
-  EXPECT_EQ(Folvant("--book book init").status, 1) << "a second init must refuse";
-  CommandResult created = Folvant(
-      "--book book account new Checking --starting-balance 100.005 "
-      "--starting-check 1001");
-  ASSERT_EQ(created.status, 0) << created.err;
-  EXPECT_EQ(created.out, "Created account \"Checking\" (number 0, USD)\n");
-  ASSERT_EQ(Folvant("--book book account new Euro --currency EUR").status, 0);
-  EXPECT_EQ(Folvant("--book book account new checking").status, 1) << "names are unique";
-
-  CommandResult list = Folvant("--book book account list --json");
-  ASSERT_EQ(list.status, 0) << list.err;
-  EXPECT_EQ(list.out,
-            "[\n  {\"number\": 0, \"name\": \"Checking\", \"currency\": \"USD\", \"balance\": "
-            "100.01, \"problem\": null},\n  {\"number\": 1, \"name\": \"Euro\", \"currency\": "
-            "\"EUR\", \"balance\": 0.00, \"problem\": null}\n]\n");
-  EXPECT_TRUE(list.err.empty()) << list.err;
-
-  CommandResult reg = Folvant("--book book register checking --json");
-  ASSERT_EQ(reg.status, 0) << reg.err;
-  EXPECT_NE(reg.out.find("\"entries\": [],"), std::string::npos) << reg.out;
-  EXPECT_NE(reg.out.find("\"current\": 100.01"), std::string::npos) << reg.out;
-}
-
 TEST_F(Cli, BadInputGivesOneLineAndNonZeroStatus) {
   CommandResult missing = Folvant("--book nowhere account list");
   EXPECT_EQ(missing.status, 1);
