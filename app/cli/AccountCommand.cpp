@@ -110,15 +110,7 @@ void RegisterAccountCommand(CLI::App& app, Context& context, CommandList& action
   create->add_option("--currency", options->currency,
                      "Currency code, e.g. EUR (default: the base currency)");
   create->add_option("--starting-balance", options->startingBalance, "Opening balance")
-      ->check(CLI::Validator(
-          [](const std::string& value) -> std::string {
-            // A balance that is not a number, or beyond what a register holds, would spoil
-            // every balance after it.
-            const double x = std::strtod(value.c_str(), nullptr);
-            if (std::isfinite(x) && std::fabs(x) <= Book::kLargestStartingBalance) return {};
-            return "\"" + value + "\" is not an amount a register can hold";
-          },
-          ""));
+      ->check(AmountValue());
   create->add_option("--starting-check", options->startingCheck, "First check number")
       ->check(ZeroOrMore());
   actions.emplace_back(create, [&context, options]() { return NewAccount(context, *options); });

@@ -2,10 +2,26 @@
 
 #include <charconv>
 #include <climits>
+#include <optional>
 
 #include "folvant/platform/CivilDate.h"
+#include "folvant/values/AmountInput.h"
 
 namespace folvant::app {
+
+CLI::Validator AmountValue() {
+  return CLI::Validator(
+      [](std::string& value) -> std::string {
+        std::string problem;
+        const std::optional<double> amount = ReadAmount(value, &problem);
+        if (!amount) return "\"" + value + "\" " + problem;
+        char text[64];
+        const auto end = std::to_chars(text, text + sizeof text, *amount).ptr;
+        value.assign(text, end);
+        return {};
+      },
+      "AMOUNT");
+}
 
 std::string FormatDateNumber(std::int32_t date) { return platform::FormatIsoDate(date); }
 

@@ -15,6 +15,11 @@ CLI::Validator IsoDate();
 // An option check: the value is a whole number, 0 or more.
 CLI::Validator ZeroOrMore();
 
+// An option check for amounts: the value reads as an amount the user types (their decimal and
+// thousands separators; no NaN, infinities, exponents or amounts beyond what a register holds)
+// and is rewritten as plain digits ("-1234.50") for the option's number to take.
+CLI::Validator AmountValue();
+
 // A date number as YYYY-MM-DD.
 std::string FormatDateNumber(std::int32_t date);
 // Parses YYYY-MM-DD (or YYYYMMDD) into a date number; false when it is not a valid day.

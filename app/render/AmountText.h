@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+#include "folvant/values/AmountInput.h"
+
 namespace folvant {
 class LVCurrency;
 class ZELMNumberFormatter;
@@ -15,7 +17,7 @@ namespace folvant::render {
 // The largest amount written as a number; anything beyond it, NaN and the infinities are
 // written as kNoAmount. A register never holds such amounts, and past 1e15 a double no longer
 // has cents to show, so a marker says plainly that there is nothing sensible to print.
-inline constexpr double kLargestAmount = 1e15;
+using folvant::kLargestAmount;
 inline constexpr const char* kNoAmount = "n/a";
 
 // Writes amounts in a currency's form ("$ 1,234.50", "-1.234,50 €") with the very text the

@@ -539,7 +539,7 @@ BookResult<std::shared_ptr<ZELMAccount>> Book::AddAccount(std::string_view name,
     return Unexpected{
         BookError::Of(Kind::kExists, "an account named " + Quote(name) + " already exists")};
   }
-  if (!std::isfinite(startingBalance) || std::fabs(startingBalance) > kLargestStartingBalance) {
+  if (!std::isfinite(startingBalance) || std::fabs(startingBalance) > kLargestAmount) {
     return Unexpected{BookError::Of(
         Kind::kInvalid, "a starting balance must be a number no larger than 1e15 either way")};
   }

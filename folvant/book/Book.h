@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "folvant/book/BookError.h"
+#include "folvant/values/AmountInput.h"
 #include "folvant/model/ZELMAccountsController.h"
 #include "folvant/platform/FileLock.h"
 #include "folvant/platform/SafeFileBatch.h"
@@ -122,12 +123,9 @@ class Book final : public ZELMAccountsController {
   // Warnings gathered since the last call (accounts read with damage), one line each.
   std::vector<std::string> TakeWarnings();
 
-  // The largest starting balance an account takes: past it a double no longer holds cents.
-  static constexpr double kLargestStartingBalance = 1e15;
-
   // A new account with a fresh number, in `currency` (nullptr: the base currency) and with the
   // starting balance, saved with the book. A starting balance that is not a number or beyond
-  // kLargestStartingBalance is refused: it would spoil every balance after it.
+  // kLargestAmount is refused: it would spoil every balance after it.
   BookResult<std::shared_ptr<ZELMAccount>> AddAccount(
       std::string_view name, std::shared_ptr<LVCurrency> currency = nullptr,
       double startingBalance = 0.0);
