@@ -243,8 +243,13 @@ TEST_F(BookTest, SaveKilledAtAnyMomentLeavesAReadableBook) {
   std::mt19937 random(20261123);
   double last = 0;
   for (int round = 0; round < 40; ++round) {
+    // The child reports each finished save, so that every round kills a later save at a random
+    // moment however slow the machine is.
+    int saves[2];
+    ASSERT_EQ(::pipe(saves), 0);
     const pid_t child = ::fork();
     if (child == 0) {
+      ::close(saves[0]);
       for (int i = 0;; ++i) {
         Book::OpenOptions options;
         options.access = Access::kWrite;
@@ -262,12 +267,17 @@ TEST_F(BookTest, SaveKilledAtAnyMomentLeavesAReadableBook) {
         }
         (*book)->AddCategory("c" + std::to_string(i), nullptr);
         if ((*book)->Save()) _exit(5);
+        if (::write(saves[1], "s", 1) != 1) _exit(6);
       }
     }
-    ::usleep(std::uniform_int_distribution<int>(5'000, 150'000)(random));
+    ::close(saves[1]);
+    char saved = 0;
+    ASSERT_EQ(::read(saves[0], &saved, 1), 1) << "the saving child stopped before its first save";
+    ::usleep(std::uniform_int_distribution<int>(0, 40'000)(random));
     ::kill(child, SIGKILL);
     int status = 0;
     ::waitpid(child, &status, 0);
+    ::close(saves[0]);
     ASSERT_TRUE(WIFSIGNALED(status)) << "the saving child stopped by itself: " << status;
 
     auto book = Open();
