@@ -17,6 +17,7 @@
 #include "folvant/model/ZELMAccountScheduleCalendar.h"
 #include "folvant/model/ZELMAccountsController.h"
 #include "folvant/platform/Clock.h"
+#include "folvant/platform/Port.h"
 #include "folvant/platform/Text.h"
 #include "folvant/platform/UserSettings.h"
 #include "folvant/values/ZELMUtilities.h"
@@ -46,7 +47,7 @@ bool EqualsLowered(const char* text, std::string_view needle) {
 std::uint64_t LoadWord(const char* p) {
   std::uint64_t word;
   std::memcpy(&word, p, 8);
-  if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+  if constexpr (std::endian::native == std::endian::big) word = platform::ByteSwap(word);
   return word;
 }
 

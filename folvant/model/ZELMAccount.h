@@ -13,6 +13,7 @@
 #include "folvant/model/ZELMAccountEntryType.h"
 #include "folvant/model/ZELMAccountFolder.h"
 #include "folvant/platform/Clock.h"
+#include "folvant/platform/Port.h"
 #include "folvant/platform/plist/Value.h"
 
 namespace folvant {
@@ -532,8 +533,8 @@ class ZELMAccount {
     for (std::size_t i = 0; i < count; ++i) {
       if (i + kAhead < count) {
         const char* ahead = reinterpret_cast<const char*>(list[i + kAhead].get());
-        __builtin_prefetch(ahead);
-        __builtin_prefetch(ahead + 63);
+        platform::Prefetch(ahead);
+        platform::Prefetch(ahead + 63);
       }
       visit(*list[i]);
     }
