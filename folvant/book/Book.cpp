@@ -646,7 +646,13 @@ BookResult<RepairReport> Book::Repair(std::string_view name, bool fromBackup) {
   RepairReport report{slot->name, path, {}, fromBackup, slot->problem};
   std::string bytes;
   if (fromBackup) {
-    // The backup must read cleanly before it replaces anything.
+    // The backup must exist and read cleanly before it replaces anything.
+    std::error_code missing;
+    if (!std::filesystem::exists(backup, missing)) {
+      return Unexpected{BookError::Of(
+          Kind::kNotFound, "account \"" + slot->name + "\" has no backup (" + backup.string() +
+                               " is missing), so there is nothing to put back")};
+    }
     LogCollector messages;
     auto file = ReadAccountFile(backup);
     if (!file) {
