@@ -1,5 +1,7 @@
 #include "app/render/AmountText.h"
 
+#include "folvant/values/NumberPattern.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -18,8 +20,6 @@ constexpr int kMaxDecimals = 3;
 constexpr double kPowersOfTen[] = {1.0, 10.0, 100.0, 1000.0};
 // Digits of the largest count of units, 1e18.
 constexpr std::size_t kMaxUnitDigits = 19;
-
-bool IsPlaceholder(char c) { return c == '#' || c == '0' || c == ',' || c == '.'; }
 
 // The magnitude (0 to kLargestAmount) in units of 10^-decimals, rounded half away from zero
 // from its shortest decimal form.
@@ -77,10 +77,10 @@ char* Copy(std::string_view text, char* out) {
 AmountWriter::AmountWriter(const LVCurrency& currency)
     : thousandsSeparator_(currency.thousandsSeparator()),
       decimalSeparator_(currency.decimalSeparator()) {
-  ReadPattern(currency.formatString());
+  sections_ = ParseNumberPattern(currency.formatString());
   std::size_t longest = std::string_view(kNoAmount).size();
   bool fits = true;
-  for (const Section& section : sections_) {
+  for (const NumberSection& section : sections_) {
     fits = fits && section.maxFractionDigits <= kMaxDecimals;
     const std::size_t integer =
         std::max<std::size_t>(kMaxUnitDigits, static_cast<std::size_t>(section.minIntegerDigits));
@@ -93,68 +93,6 @@ AmountWriter::AmountWriter(const LVCurrency& currency)
   if (!fits) fallback_ = currency.formatter();
 }
 
-// Reads the currency's pattern as its formatter does: up to three sections "positive;zero;
-// negative", each literal text around the first run of 0 # , . that holds a 0 or #.
-void AmountWriter::ReadPattern(const std::string& pattern) {
-  std::array<Section, 3> parsed;
-  std::size_t count = 0;
-  std::string_view rest = pattern;
-  while (count < 3) {
-    const std::size_t semicolon = rest.find(';');
-    const std::string_view text = rest.substr(0, semicolon);
-    Section& section = parsed[count++];
-    std::size_t start = 0, end = 0;
-    bool found = false;
-    for (std::size_t i = 0; i < text.size() && !found;) {
-      if (!IsPlaceholder(text[i])) {
-        ++i;
-        continue;
-      }
-      std::size_t j = i;
-      while (j < text.size() && IsPlaceholder(text[j])) ++j;
-      const std::string_view run = text.substr(i, j - i);
-      if (run.find_first_of("#0") != std::string_view::npos) {
-        start = i;
-        end = j;
-        found = true;
-      }
-      i = j;
-    }
-    if (found) {
-      section.prefix = text.substr(0, start);
-      section.suffix = text.substr(end);
-      const std::string_view core = text.substr(start, end - start);
-      const std::size_t point = core.find('.');
-      const std::string_view integer = core.substr(0, point);
-      const std::string_view fraction =
-          point == std::string_view::npos ? std::string_view{} : core.substr(point + 1);
-      section.minIntegerDigits = static_cast<int>(std::count(integer.begin(), integer.end(), '0'));
-      if (const std::size_t comma = integer.rfind(','); comma != std::string_view::npos) {
-        const std::string_view group = integer.substr(comma + 1);
-        section.groupingSize =
-            static_cast<std::size_t>(std::count(group.begin(), group.end(), '0') +
-                                     std::count(group.begin(), group.end(), '#'));
-      }
-      section.minFractionDigits =
-          static_cast<int>(std::count(fraction.begin(), fraction.end(), '0'));
-      section.maxFractionDigits =
-          section.minFractionDigits +
-          static_cast<int>(std::count(fraction.begin(), fraction.end(), '#'));
-    } else {
-      section.prefix = text;  // a plain whole number follows the literal text
-    }
-    if (semicolon == std::string_view::npos) break;
-    rest.remove_prefix(semicolon + 1);
-  }
-  if (count == 1) {
-    sections_ = {parsed[0], parsed[0], parsed[0]};
-    sections_[2].prefix.insert(0, "-");
-  } else if (count == 2) {
-    sections_ = {parsed[0], parsed[0], parsed[1]};
-  } else {
-    sections_ = parsed;
-  }
-}
 
 std::size_t AmountWriter::Write(double amount, char* buffer) const {
   if (!std::isfinite(amount) || std::fabs(amount) > kLargestAmount) {
@@ -166,7 +104,7 @@ std::size_t AmountWriter::Write(double amount, char* buffer) const {
     std::memcpy(buffer, text.data(), size);
     return size;
   }
-  const Section& section = amount < 0 ? sections_[2] : (amount == 0 ? sections_[1] : sections_[0]);
+  const NumberSection& section = amount < 0 ? sections_[2] : (amount == 0 ? sections_[1] : sections_[0]);
   const auto decimals = static_cast<std::size_t>(section.maxFractionDigits);
 
   // The rounded digits, with at least one integer digit ahead of the decimals.
@@ -195,7 +133,7 @@ std::size_t AmountWriter::Write(double amount, char* buffer) const {
   char* out = Copy(section.prefix, buffer);
   const std::size_t length = leading_zeros + integer.size();
   for (std::size_t i = 0; i < length; ++i) {
-    if (section.groupingSize > 0 && i > 0 && (length - i) % section.groupingSize == 0) {
+    if (section.groupingSize > 0 && i > 0 && (length - i) % static_cast<std::size_t>(section.groupingSize) == 0) {
       out = Copy(thousandsSeparator_, out);
     }
     *out++ = i < leading_zeros ? '0' : integer[i - leading_zeros];

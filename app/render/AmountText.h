@@ -6,6 +6,7 @@
 #include <string>
 
 #include "folvant/values/AmountInput.h"
+#include "folvant/values/NumberPattern.h"
 
 namespace folvant {
 class LVCurrency;
@@ -36,19 +37,7 @@ class AmountWriter {
   std::string Text(double amount) const;
 
  private:
-  // One section of the written form: literal text around the number.
-  struct Section {
-    std::string prefix;
-    std::string suffix;
-    int minIntegerDigits = 1;
-    int minFractionDigits = 0;
-    int maxFractionDigits = 0;
-    std::size_t groupingSize = 0;  // 0: no grouping
-  };
-
-  void ReadPattern(const std::string& pattern);
-
-  std::array<Section, 3> sections_;  // positive, zero, negative
+  std::array<NumberSection, 3> sections_;  // positive, zero, negative
   std::string thousandsSeparator_;
   std::string decimalSeparator_;
   // A symbol made of pattern characters can ask for more decimals than the integer path

@@ -1,5 +1,7 @@
 #include "folvant/values/ZELMNumberFormatter.h"
 
+#include "folvant/values/NumberPattern.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -12,8 +14,6 @@ namespace folvant {
 namespace {
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
-
-bool IsPlaceholder(char c) { return c == '#' || c == '0' || c == ',' || c == '.'; }
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -81,69 +81,8 @@ void ZELMNumberFormatter::setDecimalSeparator(std::string_view separator) {
 void ZELMNumberFormatter::setCurrencySymbol(std::string_view symbol) { currencySymbol_ = symbol; }
 
 void ZELMNumberFormatter::ParsePattern() {
-  std::vector<Section> parsed;
-  std::string_view rest = format_;
-  while (parsed.size() < 3) {
-    const std::size_t semicolon = rest.find(';');
-    const std::string_view text = rest.substr(0, semicolon);
-    Section section;
-    // The placeholder: the first run of placeholder characters that holds a 0 or #.
-    std::size_t start = 0, end = 0;
-    bool found = false;
-    for (std::size_t i = 0; i < text.size() && !found;) {
-      if (!IsPlaceholder(text[i])) {
-        ++i;
-        continue;
-      }
-      std::size_t j = i;
-      while (j < text.size() && IsPlaceholder(text[j])) ++j;
-      const std::string_view run = text.substr(i, j - i);
-      if (run.find_first_of("#0") != std::string_view::npos) {
-        start = i;
-        end = j;
-        found = true;
-      }
-      i = j;
-    }
-    if (found) {
-      section.prefix = text.substr(0, start);
-      section.suffix = text.substr(end);
-      const std::string_view core = text.substr(start, end - start);
-      const std::size_t point = core.find('.');
-      const std::string_view integer = core.substr(0, point);
-      const std::string_view fraction =
-          point == std::string_view::npos ? std::string_view{} : core.substr(point + 1);
-      section.minIntegerDigits = static_cast<int>(std::count(integer.begin(), integer.end(), '0'));
-      const std::size_t comma = integer.rfind(',');
-      if (comma != std::string_view::npos) {
-        const std::string_view group = integer.substr(comma + 1);
-        section.groupingSize = static_cast<int>(std::count(group.begin(), group.end(), '0') +
-                                                std::count(group.begin(), group.end(), '#'));
-      }
-      section.minFractionDigits =
-          static_cast<int>(std::count(fraction.begin(), fraction.end(), '0'));
-      section.maxFractionDigits =
-          section.minFractionDigits +
-          static_cast<int>(std::count(fraction.begin(), fraction.end(), '#'));
-    } else {
-      // No placeholder: the text is a prefix of a plain whole number.
-      section.prefix = text;
-    }
-    parsed.push_back(std::move(section));
-    if (semicolon == std::string_view::npos) break;
-    rest.remove_prefix(semicolon + 1);
-  }
-
-  sections_.clear();
-  if (parsed.size() == 1) {
-    Section negative = parsed[0];
-    negative.prefix.insert(0, "-");
-    sections_ = {parsed[0], parsed[0], std::move(negative)};
-  } else if (parsed.size() == 2) {
-    sections_ = {parsed[0], parsed[0], parsed[1]};
-  } else {
-    sections_ = std::move(parsed);
-  }
+  const std::array<NumberSection, 3> sections = ParseNumberPattern(format_);
+  sections_.assign(sections.begin(), sections.end());
 }
 
 std::string ZELMNumberFormatter::Print(const Section& section, double magnitude) const {

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+
+#include "folvant/values/NumberPattern.h"
 #include <string_view>
 #include <variant>
 #include <vector>
@@ -89,14 +91,7 @@ class ZELMNumberFormatter {
       const FormatterValue& value, const plist::Dictionary& attributes) const;
 
  private:
-  struct Section {
-    std::string prefix;
-    std::string suffix;
-    int minIntegerDigits = 1;
-    int minFractionDigits = 0;
-    int maxFractionDigits = 0;
-    int groupingSize = 0;  // 0: no grouping
-  };
+  using Section = NumberSection;
 
   void ParsePattern();
   std::string Print(const Section& section, double magnitude) const;
