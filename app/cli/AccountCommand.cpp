@@ -1,6 +1,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -11,6 +12,8 @@
 #include "app/render/AmountText.h"
 #include "app/render/Json.h"
 #include "app/render/Table.h"
+#include "app/cli/Password.h"
+#include "folvant/book/Accounts.h"
 #include "folvant/book/Book.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/values/LVCurrency.h"
@@ -98,10 +101,105 @@ int ListAccounts(Context& context, bool json) {
   return 0;
 }
 
+struct ChangeOptions {
+  std::string account;
+  AccountEdit edit;
+  bool yes = false;
+  bool unlink = false;
+};
+
+int EditAccount(Context& context, const ChangeOptions& options) {
+  const AccountEdit& edit = options.edit;
+  if (!edit.name && !edit.startingBalance && !edit.startingCheck && !edit.currency &&
+      !edit.notes) {
+    Fail(context,
+         "account edit needs something to change: --name, --starting-balance, --starting-check, "
+         "--currency or --notes");
+    return 2;  // a usage error
+  }
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto edited = folvant::EditAccount(*book, options.account, edit);
+  PrintWarnings(context, *book);
+  if (!edited) return Fail(context, edited.error());
+  if (!SaveBook(context, *book)) return 1;
+  auto currency = book->currencyWithCode(edited->currency);
+  context.out << "Account \"" << edited->name << "\" (number " << edited->number << ", "
+              << edited->currency << "): starting balance "
+              << render::AmountWriter(currency ? *currency : *book->currency())
+                     .Text(edited->startingBalance)
+              << ", first check " << edited->startingCheck << '\n';
+  if (!edited->notes.empty()) context.out << "Notes: " << edited->notes << '\n';
+  return 0;
+}
+
+int RemoveAccount(Context& context, const ChangeOptions& options) {
+  if (!options.yes) {
+    Fail(context, "account remove takes the account out of the book: give --yes to confirm");
+    return 2;  // a usage error
+  }
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto removed = folvant::RemoveAccount(*book, options.account, options.unlink);
+  PrintWarnings(context, *book);
+  if (!removed) {
+    if (removed.error().kind == BookError::Kind::kInvalid) {
+      return Fail(context, removed.error().message + " (--unlink)");
+    }
+    return Fail(context, removed.error());
+  }
+  if (!SaveBook(context, *book)) return 1;
+  context.out << "Removed account \"" << removed->name << "\"; its file is kept as accounts/"
+              << removed->keptAs << '\n';
+  if (removed->unlinked > 0) {
+    context.out << "Unlinked " << removed->unlinked
+                << (removed->unlinked == 1 ? " transfer" : " transfers") << " in";
+    for (std::size_t i = 0; i < removed->in.size(); ++i) {
+      context.out << (i == 0 ? " \"" : ", \"") << removed->in[i] << '"';
+    }
+    context.out << '\n';
+  }
+  return 0;
+}
+
+int LockAccount(Context& context, const ChangeOptions& options) {
+  std::optional<std::string> password =
+      ReadPassword(context, "New password: ", context.passwordStdin);
+  if (password && !context.passwordStdin) {
+    const std::optional<std::string> again = ReadPassword(context, "Again: ", false);
+    if (again != password) return Fail(context, "the two passwords differ; nothing was changed");
+  }
+  if (!password) {
+    Fail(context, "account lock reads the password from the terminal, or from standard input "
+                  "with --password-stdin");
+    return 2;  // a usage error
+  }
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto locked = folvant::LockAccount(*book, options.account, *password);
+  PrintWarnings(context, *book);
+  if (!locked) return Fail(context, locked.error());
+  if (!SaveBook(context, *book)) return 1;
+  context.out << "Locked account \"" << *locked
+              << "\": commands on it now need its password\n";
+  return 0;
+}
+
+int UnlockAccount(Context& context, const ChangeOptions& options) {
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto unlocked = folvant::UnlockAccount(*book, options.account);
+  PrintWarnings(context, *book);
+  if (!unlocked) return Fail(context, unlocked.error());
+  if (!SaveBook(context, *book)) return 1;
+  context.out << "Unlocked account \"" << *unlocked << "\": it has no password now\n";
+  return 0;
+}
+
 }  // namespace
 
 void RegisterAccountCommand(CLI::App& app, Context& context, CommandList& actions) {
-  CLI::App* account = app.add_subcommand("account", "Create and list accounts");
+  CLI::App* account = app.add_subcommand("account", "Create, list, change and lock accounts");
   account->require_subcommand(1);
 
   auto options = std::make_shared<NewAccountOptions>();
@@ -119,6 +217,36 @@ void RegisterAccountCommand(CLI::App& app, Context& context, CommandList& action
   CLI::App* list = account->add_subcommand("list", "List the accounts with their balances");
   list->add_flag("--json", *json, "Print JSON");
   actions.emplace_back(list, [&context, json]() { return ListAccounts(context, *json); });
+
+  auto change = std::make_shared<ChangeOptions>();
+  const char* kAccount = "Name or number of the account";
+  CLI::App* edit = account->add_subcommand("edit", "Change an account's name, start or currency");
+  edit->add_option("ACCOUNT", change->account, kAccount)->required();
+  edit->add_option("--name", change->edit.name, "A new name");
+  edit->add_option("--starting-balance", change->edit.startingBalance, "Opening balance")
+      ->check(AmountValue());
+  edit->add_option("--starting-check", change->edit.startingCheck, "First check number")
+      ->check(ZeroOrMore());
+  edit->add_option("--currency", change->edit.currency,
+                   "Currency code (amounts are kept as they are, not converted)");
+  edit->add_option("--notes", change->edit.notes, "Notes on the account (empty: none)");
+  actions.emplace_back(edit, [&context, change]() { return EditAccount(context, *change); });
+
+  CLI::App* remove = account->add_subcommand("remove", "Take an account out of the book");
+  remove->add_option("ACCOUNT", change->account, kAccount)->required();
+  remove->add_flag("--yes", change->yes, "Confirm the removal");
+  remove->add_flag("--unlink", change->unlink,
+                   "Unlink the transfers other accounts hold with it (they stay as entries)");
+  actions.emplace_back(remove, [&context, change]() { return RemoveAccount(context, *change); });
+
+  CLI::App* lock = account->add_subcommand(
+      "lock", "Give an account a password, read from the terminal or --password-stdin");
+  lock->add_option("ACCOUNT", change->account, kAccount)->required();
+  actions.emplace_back(lock, [&context, change]() { return LockAccount(context, *change); });
+
+  CLI::App* unlock = account->add_subcommand("unlock", "Take an account's password away");
+  unlock->add_option("ACCOUNT", change->account, kAccount)->required();
+  actions.emplace_back(unlock, [&context, change]() { return UnlockAccount(context, *change); });
 }
 
 }  // namespace folvant::app

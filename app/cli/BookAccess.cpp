@@ -1,8 +1,12 @@
 #include "app/cli/BookAccess.h"
 
 #include <cstdlib>
+#include <memory>
+#include <optional>
 #include <ostream>
+#include <string>
 
+#include "app/cli/Password.h"
 #include "folvant/model/ZELMAccount.h"
 
 namespace folvant::app {
@@ -32,6 +36,15 @@ std::unique_ptr<Book> OpenBook(Context& context, Book::Access access) {
     Fail(context, book.error());
     return nullptr;
   }
+  // Read once: one line of standard input serves every locked account the command meets.
+  auto given = std::make_shared<std::optional<std::optional<std::string>>>();
+  (*book)->setPasswordAsker([&context, given](std::string_view account) {
+    if (context.passwordStdin && given->has_value()) return **given;
+    std::optional<std::string> password = ReadPassword(
+        context, "Password for \"" + std::string(account) + "\": ", context.passwordStdin);
+    if (context.passwordStdin) *given = password;
+    return password;
+  });
   return std::move(*book);
 }
 
@@ -49,6 +62,12 @@ int Fail(Context& context, std::string_view message) {
 }
 
 int Fail(Context& context, const BookError& error) {
+  if (error.kind == BookError::Kind::kLocked) {
+    Fail(context, error.message +
+                      "; give the password on the terminal, with --password-stdin or in "
+                      "FOLVANT_PASSWORD");
+    return 1;
+  }
   Fail(context, error.message);
   if (context.verbose) {
     for (const std::string& detail : error.details) context.err << "  " << detail << '\n';

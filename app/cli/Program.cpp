@@ -112,6 +112,15 @@ int RunFolvant(int argc, const char* const* argv, std::ostream& out, std::ostrea
   std::vector<std::pair<CLI::App*, CommandAction>> actions;
   CLI::App* help = app.add_subcommand("help", "Show the commands and their options");
   RegisterCommands(app, context, actions);
+  // Any command may meet a locked account, so every one takes the option, before or after its
+  // words.
+  const char* kPasswordStdin = "Read the password of a locked account from standard input";
+  app.add_flag("--password-stdin", context.passwordStdin, kPasswordStdin);
+  for (auto& [command, action] : actions) {
+    if (command->get_option_no_throw("--password-stdin") == nullptr) {
+      command->add_flag("--password-stdin", context.passwordStdin, kPasswordStdin);
+    }
+  }
 
   try {
     app.parse(argc, argv);

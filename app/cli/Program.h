@@ -14,6 +14,7 @@ struct Context {
   std::ostream& err;
   std::string book;  // --book; empty: FOLVANT_BOOK, else the default folder
   bool verbose = false;  // --verbose: every message behind a summary
+  bool passwordStdin = false;  // --password-stdin: a locked account's password is the first line
 };
 
 // A command adds its subcommand to the parser and returns the action run when it is chosen.

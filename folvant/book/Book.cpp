@@ -144,6 +144,8 @@ struct Book::Slot {
   AccountHealth health = AccountHealth::kHealthy;
   std::string problem;                // summary of the damage, or why it cannot be read
   std::vector<std::string> messages;  // the load's messages
+  std::string notes;                  // the user's, kept in the book file
+  bool askedPassword = false;
 };
 
 Book::Book(std::filesystem::path directory, Access access)
@@ -300,6 +302,9 @@ std::optional<BookError> Book::ReadBookFile() {
       records.entries = integer("entries");
       slot->records = records;
     }
+    if (const plist::Value* notes = entry->find("notes"); notes && notes->asString()) {
+      slot->notes = *notes->asString();
+    }
     if (slot->number >= nextAccountNumber_) nextAccountNumber_ = slot->number + 1;
     slots_.push_back(std::move(slot));
   }
@@ -314,6 +319,7 @@ std::string Book::BookFileBytes() const {
   plist::Array accounts;
   for (const auto& slot : slots_) {
     plist::Dictionary entry{{"number", std::int64_t{slot->number}}, {"name", slot->name}};
+    if (!slot->notes.empty()) entry.set("notes", slot->notes);
     if (slot->records && records_) {
       const Slot::Records& r = *slot->records;
       entry.set("records",
@@ -407,6 +413,11 @@ std::optional<BookError> Book::RefuseChange(const Slot& slot) const {
     return BookError::Of(Kind::kReadOnly, "the book was opened for reading only");
   }
   if (auto unavailable = Unavailable(slot)) return unavailable;
+  if (slot.account && slot.account->HasPassword() && !slot.account->IsAuthenticated()) {
+    return BookError::Of(Kind::kLocked, "account " + Quote(slot.name) +
+                                            " is locked: nothing in it changes without its "
+                                            "password");
+  }
   if (slot.health == AccountHealth::kDamaged) {
     BookError error = BookError::Of(
         Kind::kDamaged, AccountPath(slot.number).string() + " was read with damage (" +
@@ -445,12 +456,32 @@ BookResult<std::shared_ptr<ZELMAccount>> Book::FindAccount(std::string_view name
     return Unexpected{
         BookError::Of(Kind::kNotFound, "no account named " + Quote(name) + " in the book")};
   }
-  return Load(*slot);
+  return Opened(*slot);
+}
+
+BookResult<std::shared_ptr<ZELMAccount>> Book::Opened(Slot& slot) {
+  auto account = Load(slot);
+  if (!account) return account;
+  ZELMAccount& a = **account;
+  if (!a.HasPassword() || a.IsAuthenticated()) return account;
+  bool given = password_.has_value();
+  if (askPassword_ && !slot.askedPassword) {
+    slot.askedPassword = true;
+    if (std::optional<std::string> password = askPassword_(slot.name)) {
+      given = true;
+      a.Authenticate(*password);
+    }
+  }
+  if (a.IsAuthenticated()) return account;
+  return Unexpected{BookError::Of(
+      Kind::kLocked, "account " + Quote(slot.name) +
+                         (given ? " is locked and the password given is not its password"
+                                : " is locked: it shows and changes nothing without its password"))};
 }
 
 BookResult<std::shared_ptr<ZELMAccount>> Book::AccountWithNumber(std::int32_t number) {
   for (const auto& slot : slots_) {
-    if (slot->number == number) return Load(*slot);
+    if (slot->number == number) return Opened(*slot);
   }
   return Unexpected{BookError::Of(Kind::kNotFound,
                                   "no account number " + std::to_string(number) + " in the book")};
@@ -478,6 +509,28 @@ std::optional<BookError> Book::Changed(const ZELMAccount& account) {
   }
   if (auto refused = RefuseChange(*slot)) return refused;
   slot->changed = true;
+  return std::nullopt;
+}
+
+std::optional<BookError> Book::RemoveAccount(const ZELMAccount& account) {
+  if (auto refused = Changed(account)) return refused;
+  auto at = std::find_if(slots_.begin(), slots_.end(),
+                         [&account](const auto& slot) { return slot->account.get() == &account; });
+  if (!(*at)->isNew) removed_.push_back(std::move(*at));
+  slots_.erase(at);
+  bookChanged_ = true;
+  return std::nullopt;
+}
+
+std::string Book::AccountNotes(const ZELMAccount& account) const {
+  const Slot* slot = SlotOf(account);
+  return slot != nullptr ? slot->notes : std::string();
+}
+
+std::optional<BookError> Book::SetAccountNotes(const ZELMAccount& account, std::string notes) {
+  if (auto refused = Changed(account)) return refused;
+  SlotOf(account)->notes = std::move(notes);
+  bookChanged_ = true;
   return std::nullopt;
 }
 
@@ -628,7 +681,20 @@ std::optional<BookError> Book::Save() {
   }
   for (const auto& slot : slots_) slot->changed = slot->isNew = false;
   bookChanged_ = false;
-  return std::nullopt;
+  // The book no longer lists them: their files are kept aside, never deleted.
+  std::optional<BookError> failed;
+  for (const auto& slot : removed_) {
+    const std::filesystem::path path = AccountPath(slot->number);
+    std::error_code renamed, ignored;
+    std::filesystem::rename(path, path.string() + ".removed", renamed);
+    if (renamed && std::filesystem::exists(path, ignored) && !failed) {
+      failed = BookError::Of(Kind::kFailed, path.string() + ": the account is out of the book "
+                                                            "but its file could not be renamed (" +
+                                                            renamed.message() + ")");
+    }
+  }
+  removed_.clear();
+  return failed;
 }
 
 BookResult<RepairReport> Book::Repair(std::string_view name, bool fromBackup) {
@@ -757,6 +823,8 @@ std::shared_ptr<ZELMAccountEntryCategory> Book::AddCategory(std::string_view nam
     parent->addChild(category);
   } else {
     categories_.push_back(category);
+    std::stable_sort(categories_.begin(), categories_.end(),
+                     [](const auto& a, const auto& b) { return a->nameIsGreaterThan(*b) < 0; });
   }
   bookChanged_ = true;
   return category;

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -94,6 +95,12 @@ class Book final : public ZELMAccountsController {
   std::shared_ptr<ZELMAccountEntryType> accountEntryTypeForNumber(
       std::int32_t number) const override;
 
+  // Asked for the password of a locked account that an operation names (by its name), when the
+  // password of the OpenOptions did not open it; it gives nullopt when there is none to give.
+  // Asked once per account.
+  using PasswordAsker = std::function<std::optional<std::string>(std::string_view account)>;
+  void setPasswordAsker(PasswordAsker asker) { askPassword_ = std::move(asker); }
+
   const std::filesystem::path& directory() const { return directory_; }
   bool writable() const { return access_ == Access::kWrite; }
 
@@ -103,17 +110,19 @@ class Book final : public ZELMAccountsController {
 
   // The account whose name equals `name` ignoring case, or else whose number is `name`,
   // loaded. An account that loaded with damage is given for reading (see Damage()); one that
-  // cannot be read is an error naming the file, the problem and the backup.
+  // cannot be read is an error naming the file, the problem and the backup; one that has a
+  // password is given only once the password was given (OpenOptions), else it is kLocked.
   BookResult<std::shared_ptr<ZELMAccount>> FindAccount(std::string_view name);
   BookResult<std::shared_ptr<ZELMAccount>> AccountWithNumber(std::int32_t number);
   // The same, for an operation that will change the account: refused when the book is open for
   // reading or the account loaded with damage. The account is saved by the next Save().
   BookResult<std::shared_ptr<ZELMAccount>> AccountToChange(std::string_view name);
-  // Every account that can be read, loaded (for operations over the whole book).
+  // Every account that can be read, loaded (for operations over the whole book), locked ones
+  // included: they show nothing and refuse changes until their password is given.
   std::vector<std::shared_ptr<ZELMAccount>> LoadAllAccounts();
 
   // Marks a loaded account as changed, so that the next Save() writes it; refused as
-  // AccountToChange() refuses.
+  // AccountToChange() refuses, and for a locked account.
   std::optional<BookError> Changed(const ZELMAccount& account);
   // What is wrong with the account's file, as a summary; empty when it loaded cleanly.
   std::string Damage(const ZELMAccount& account) const;
@@ -130,6 +139,15 @@ class Book final : public ZELMAccountsController {
       std::string_view name, std::shared_ptr<LVCurrency> currency = nullptr,
       double startingBalance = 0.0);
 
+  // Takes the account out of the book. The next Save() writes the book file without it and
+  // then keeps its file as "<file>.removed" rather than deleting it. Refused as Changed() is.
+  std::optional<BookError> RemoveAccount(const ZELMAccount& account);
+
+  // The user's notes on an account, kept in the book file (the account file has no place for
+  // them); empty when there are none.
+  std::string AccountNotes(const ZELMAccount& account) const;
+  std::optional<BookError> SetAccountNotes(const ZELMAccount& account, std::string notes);
+
   // The book's currency of that code (ignoring case), added to the book when it has none yet,
   // with the written form of the currency where it is known and a rate of 1 until the user sets
   // one. A code that is not a currency (ISO 4217, as ICU knows them) is refused.
@@ -139,6 +157,9 @@ class Book final : public ZELMAccountsController {
   const std::vector<std::shared_ptr<ZELMAccountEntryCategory>>& categories() const {
     return categories_;
   }
+  // The same, for operations that rearrange the tree; the top level is kept in name order, as
+  // every category keeps its children. They call BookChanged().
+  std::vector<std::shared_ptr<ZELMAccountEntryCategory>>& categories() { return categories_; }
   // Adds a category under `parent` (nullptr: top level) with a fresh number; numbers are
   // unique in the book and never reused.
   std::shared_ptr<ZELMAccountEntryCategory> AddCategory(std::string_view name,
@@ -175,11 +196,15 @@ class Book final : public ZELMAccountsController {
   BookResult<std::shared_ptr<ZELMAccount>> Load(Slot& slot);
   std::optional<BookError> Unavailable(const Slot& slot) const;
   std::optional<BookError> RefuseChange(const Slot& slot) const;
+  // The loaded account of the slot once its password, if any, was given; asks for it once.
+  BookResult<std::shared_ptr<ZELMAccount>> Opened(Slot& slot);
   std::string BookFileBytes() const;
 
   std::filesystem::path directory_;
   Access access_;
   std::optional<std::string> password_;
+  PasswordAsker askPassword_;
+  std::vector<std::unique_ptr<Slot>> removed_;  // taken out since the last save
   platform::FileLock lock_;
   std::vector<std::shared_ptr<LVCurrency>> currencies_;
   std::vector<std::shared_ptr<ZELMAccountEntryCategory>> categories_;

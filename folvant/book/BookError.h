@@ -16,6 +16,7 @@ struct BookError {
     kInvalid,   // a value the operation cannot take
     kBusy,      // another program holds the book
     kDamaged,   // the account's file is damaged; it needs a repair
+    kLocked,    // the account has a password that was not given (or not its own)
     kReadOnly,  // the book was opened for reading
     kFailed,    // the system refused (a file could not be read or written)
   };

@@ -1,0 +1,215 @@
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "app/cli/BookAccess.h"
+#include "app/cli/Commands.h"
+#include "app/render/Json.h"
+#include "app/render/Table.h"
+#include "folvant/book/Book.h"
+#include "folvant/book/Types.h"
+
+namespace folvant::app {
+namespace {
+
+struct TypeOptions {
+  std::string account;
+  std::string name;
+  std::string newName;
+  bool debit = false;
+  bool deposit = false;
+  bool check = false;
+  std::optional<std::string> defaultDebit;
+  std::optional<std::string> defaultDeposit;
+  std::string from;
+  bool json = false;
+};
+
+TypeSide SideOf(const TypeOptions& options) {
+  if (options.debit) return TypeSide::kDebit;
+  if (options.deposit) return TypeSide::kDeposit;
+  return TypeSide::kEither;
+}
+
+const char* SideWord(bool deposit) { return deposit ? "deposit" : "debit"; }
+
+int ListTypes(Context& context, const TypeOptions& options) {
+  auto book = OpenBook(context);
+  if (!book) return 1;
+  auto list = folvant::ListTypes(*book, options.account);
+  PrintWarnings(context, *book);
+  if (!list) return Fail(context, list.error());
+  if (options.json) {
+    using render::Json;
+    Json types = Json::array();
+    for (const TypeLine& t : list->types) {
+      types.push_back({{"name", render::JsonText(t.name)},
+                       {"number", t.number},
+                       {"side", SideWord(t.isDeposit)},
+                       {"check", t.isCheck},
+                       {"default", t.isDefault},
+                       {"uses", t.uses}});
+    }
+    Json document = Json::object();
+    document["account"] = render::JsonText(list->account);
+    document["types"] = std::move(types);
+    render::WriteJson(context.out, document);
+    return 0;
+  }
+  render::Table table;
+  table.AddFitColumn("Type", render::Align::kLeft);
+  table.AddFitColumn("Side", render::Align::kLeft);
+  table.AddFitColumn("Check", render::Align::kLeft);
+  table.AddFitColumn("Default", render::Align::kLeft);
+  table.AddFitColumn("Uses", render::Align::kRight);
+  for (const TypeLine& t : list->types) {
+    table.AddRow({t.name, SideWord(t.isDeposit), t.isCheck ? "yes" : "", t.isDefault ? "yes" : "",
+                  std::to_string(t.uses)});
+  }
+  std::string out;
+  table.Write(out);
+  context.out << out;
+  return 0;
+}
+
+// Runs a change of the account's types and saves it.
+template <typename Change, typename Report>
+int ChangeTypes(Context& context, Change&& change, Report&& report) {
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto done = change(*book);
+  PrintWarnings(context, *book);
+  if (!done) return Fail(context, done.error());
+  if (!SaveBook(context, *book)) return 1;
+  report(*done);
+  return 0;
+}
+
+int NewType(Context& context, const TypeOptions& options) {
+  return ChangeTypes(
+      context,
+      [&](Book& book) {
+        return folvant::NewType(book, options.account, options.name, options.deposit,
+                                options.check);
+      },
+      [&](const TypeChange& c) {
+        context.out << "Created " << SideWord(c.isDeposit) << " type \"" << c.type << "\" in \""
+                    << c.account << "\"\n";
+      });
+}
+
+int RenameType(Context& context, const TypeOptions& options) {
+  return ChangeTypes(
+      context,
+      [&](Book& book) {
+        return folvant::RenameType(book, options.account, options.name, SideOf(options),
+                                   options.newName);
+      },
+      [&](const TypeChange& c) {
+        context.out << "Renamed " << SideWord(c.isDeposit) << " type \"" << c.previous
+                    << "\" to \"" << c.type << "\"\n";
+      });
+}
+
+int RemoveType(Context& context, const TypeOptions& options) {
+  return ChangeTypes(
+      context,
+      [&](Book& book) {
+        return folvant::RemoveType(book, options.account, options.name, SideOf(options));
+      },
+      [&](const TypeChange& c) {
+        context.out << "Removed " << SideWord(c.isDeposit) << " type \"" << c.type << "\"";
+        if (c.uses > 0) {
+          context.out << "; its " << c.uses << (c.uses == 1 ? " entry keeps" : " entries keep")
+                      << " it";
+        }
+        context.out << '\n';
+      });
+}
+
+int SetDefaults(Context& context, const TypeOptions& options) {
+  if (!options.defaultDebit && !options.defaultDeposit) {
+    Fail(context, "type default needs --debit NAME, --deposit NAME or both");
+    return 2;  // a usage error
+  }
+  return ChangeTypes(
+      context,
+      [&](Book& book) {
+        return folvant::SetDefaultTypes(book, options.account, options.defaultDebit,
+                                        options.defaultDeposit);
+      },
+      [&](const TypeDefaults& d) {
+        auto text = [](const std::string& name) { return name.empty() ? "(none)" : "\"" + name + "\""; };
+        context.out << "Default types of \"" << d.account << "\": debit " << text(d.debit)
+                    << ", deposit " << text(d.deposit) << '\n';
+      });
+}
+
+int ImportTypes(Context& context, const TypeOptions& options) {
+  return ChangeTypes(
+      context, [&](Book& book) { return folvant::ImportTypes(book, options.account, options.from); },
+      [&](const TypeImport& i) {
+        context.out << "Took " << i.added.size() << (i.added.size() == 1 ? " type" : " types")
+                    << " from \"" << i.from << "\" into \"" << i.account << "\"";
+        for (std::size_t n = 0; n < i.added.size(); ++n) {
+          context.out << (n == 0 ? ": " : ", ") << '"' << i.added[n] << '"';
+        }
+        context.out << '\n';
+      });
+}
+
+}  // namespace
+
+void RegisterTypeCommand(CLI::App& app, Context& context, CommandList& actions) {
+  CLI::App* type = app.add_subcommand("type", "An account's entry types");
+  type->require_subcommand(1);
+  auto options = std::make_shared<TypeOptions>();
+  const char* kAccount = "Name or number of the account";
+  auto sides = [&options](CLI::App* command, const char* what) {
+    auto* debit = command->add_flag("--debit", options->debit, what);
+    auto* deposit = command->add_flag("--deposit", options->deposit, what);
+    debit->excludes(deposit);
+  };
+
+  CLI::App* list = type->add_subcommand("list", "List the account's entry types");
+  list->add_option("ACCOUNT", options->account, kAccount)->required();
+  list->add_flag("--json", options->json, "Print JSON");
+  actions.emplace_back(list, [&context, options]() { return ListTypes(context, *options); });
+
+  CLI::App* create = type->add_subcommand("new", "Create an entry type");
+  create->add_option("ACCOUNT", options->account, kAccount)->required();
+  create->add_option("NAME", options->name, "Name of the type")->required();
+  sides(create, "A debit type (the default) / a deposit type");
+  create->add_flag("--check", options->check, "Entries of the type are checks");
+  actions.emplace_back(create, [&context, options]() { return NewType(context, *options); });
+
+  CLI::App* rename = type->add_subcommand("rename", "Give an entry type a new name");
+  rename->add_option("ACCOUNT", options->account, kAccount)->required();
+  rename->add_option("NAME", options->name, "Name of the type")->required();
+  rename->add_option("NEW_NAME", options->newName, "Its new name")->required();
+  sides(rename, "The debit / deposit type of that name");
+  actions.emplace_back(rename, [&context, options]() { return RenameType(context, *options); });
+
+  CLI::App* remove =
+      type->add_subcommand("remove", "Retire an entry type (its entries keep it)");
+  remove->add_option("ACCOUNT", options->account, kAccount)->required();
+  remove->add_option("NAME", options->name, "Name of the type")->required();
+  sides(remove, "The debit / deposit type of that name");
+  actions.emplace_back(remove, [&context, options]() { return RemoveType(context, *options); });
+
+  CLI::App* defaults = type->add_subcommand("default", "Choose the default debit and deposit types");
+  defaults->add_option("ACCOUNT", options->account, kAccount)->required();
+  defaults->add_option("--debit", options->defaultDebit, "Default debit type");
+  defaults->add_option("--deposit", options->defaultDeposit, "Default deposit type");
+  actions.emplace_back(defaults, [&context, options]() { return SetDefaults(context, *options); });
+
+  CLI::App* import =
+      type->add_subcommand("import", "Copy the types another account has and this one lacks");
+  import->add_option("ACCOUNT", options->account, kAccount)->required();
+  import->add_option("--from", options->from, "The account to copy from")->required();
+  actions.emplace_back(import, [&context, options]() { return ImportTypes(context, *options); });
+}
+
+}  // namespace folvant::app
