@@ -11,6 +11,7 @@ void RegisterCommands(CLI::App& app, Context& context, CommandList& actions) {
   RegisterFolderCommand(app, context, actions);
   RegisterSmartFolderCommand(app, context, actions);
   RegisterRepairCommand(app, context, actions);
+  RegisterReconcileCommand(app, context, actions);
 }
 
 }  // namespace folvant::app

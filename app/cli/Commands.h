@@ -18,5 +18,6 @@ void RegisterUpgradeCommand(CLI::App& app, Context& context, CommandList& action
 void RegisterFolderCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterSmartFolderCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterRepairCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterReconcileCommand(CLI::App& app, Context& context, CommandList& actions);
 
 }  // namespace folvant::app
