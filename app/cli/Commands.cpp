@@ -14,6 +14,7 @@ void RegisterCommands(CLI::App& app, Context& context, CommandList& actions) {
   RegisterCategoryCommand(app, context, actions);
   RegisterTypeCommand(app, context, actions);
   RegisterCurrencyCommand(app, context, actions);
+  RegisterReconcileCommand(app, context, actions);
 }
 
 }  // namespace folvant::app

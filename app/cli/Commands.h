@@ -21,5 +21,6 @@ void RegisterRepairCommand(CLI::App& app, Context& context, CommandList& actions
 void RegisterCategoryCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterTypeCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterCurrencyCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterReconcileCommand(CLI::App& app, Context& context, CommandList& actions);
 
 }  // namespace folvant::app

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <system_error>
 
@@ -637,8 +639,36 @@ BookResult<std::shared_ptr<LVCurrency>> Book::RegisterCurrency(std::string_view 
   return currency;
 }
 
+BookResult<std::optional<std::string>> Book::ReadOwnFile(
+    const std::filesystem::path& name) const {
+  if (auto staged = ownFiles_.find(name); staged != ownFiles_.end()) {
+    return std::optional<std::string>(staged->second);
+  }
+  const std::filesystem::path path = directory_ / name;
+  std::ifstream in(path, std::ios::binary);
+  if (!in) {
+    std::error_code ec;
+    if (!std::filesystem::exists(path, ec) && !ec) return std::optional<std::string>();
+    return Unexpected{
+        BookError::Of(Kind::kFailed, path.string() + ": " + std::strerror(errno))};
+  }
+  std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  if (in.bad()) {
+    return Unexpected{BookError::Of(Kind::kFailed, path.string() + ": the file cannot be read")};
+  }
+  return std::optional<std::string>(std::move(bytes));
+}
+
+std::optional<BookError> Book::StageOwnFile(const std::filesystem::path& name, std::string bytes) {
+  if (access_ != Access::kWrite) {
+    return BookError::Of(Kind::kReadOnly, "the book was opened for reading only");
+  }
+  ownFiles_[name] = std::move(bytes);
+  return std::nullopt;
+}
+
 std::optional<BookError> Book::Save() {
-  bool any = bookChanged_;
+  bool any = bookChanged_ || !ownFiles_.empty();
   for (const auto& slot : slots_) any = any || slot->changed;
   if (!any) return std::nullopt;
   if (access_ != Access::kWrite) {
@@ -675,12 +705,19 @@ std::optional<BookError> Book::Save() {
       return BookError::Of(Kind::kFailed, error);
     }
   }
+  // The operations' own files follow the accounts they describe.
+  for (const auto& [name, bytes] : ownFiles_) {
+    const std::filesystem::path path = directory_ / name;
+    std::filesystem::create_directories(path.parent_path(), ec);
+    if (!listed.Stage(path, bytes, error)) return BookError::Of(Kind::kFailed, error);
+  }
   if (!first.Stage(directory_ / kBookFileName, BookFileBytes(), error) || !first.Commit(error) ||
       !listed.Commit(error)) {
     return BookError::Of(Kind::kFailed, error);
   }
   for (const auto& slot : slots_) slot->changed = slot->isNew = false;
   bookChanged_ = false;
+  ownFiles_.clear();
   // The book no longer lists them: their files are kept aside, never deleted.
   std::optional<BookError> failed;
   for (const auto& slot : removed_) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -175,8 +176,16 @@ class Book final : public ZELMAccountsController {
     records_ = records;
   }
 
-  // Writes the files that changed: the changed accounts and the book file. On failure no file
-  // is changed. Saving nothing writes nothing.
+  // Files that operations keep in the book beside the accounts, named by a path inside the
+  // book folder ("reconciliations/3.plist"). ReadOwnFile gives the bytes the next Save() will
+  // write when some are staged, else the file's; nullopt when there is no such file.
+  BookResult<std::optional<std::string>> ReadOwnFile(const std::filesystem::path& name) const;
+  // Stages the bytes as that file: the next Save() writes it together with the changed accounts.
+  // Refused when the book is open for reading.
+  std::optional<BookError> StageOwnFile(const std::filesystem::path& name, std::string bytes);
+
+  // Writes the files that changed: the changed accounts, the staged files of StageOwnFile and
+  // the book file. On failure no file is changed. Saving nothing writes nothing.
   std::optional<BookError> Save();
 
   // Repairs an account whose file loaded with damage: the damaged file is kept beside it under
@@ -210,6 +219,7 @@ class Book final : public ZELMAccountsController {
   std::vector<std::shared_ptr<ZELMAccountEntryCategory>> categories_;
   std::vector<std::unique_ptr<Slot>> slots_;
   std::vector<std::string> warnings_;
+  std::map<std::filesystem::path, std::string> ownFiles_;  // staged by StageOwnFile
   std::int32_t nextCategoryNumber_ = 0;
   std::int32_t nextAccountNumber_ = 0;
   bool bookChanged_ = false;
