@@ -11,6 +11,9 @@ void RegisterCommands(CLI::App& app, Context& context, CommandList& actions) {
   RegisterFolderCommand(app, context, actions);
   RegisterSmartFolderCommand(app, context, actions);
   RegisterRepairCommand(app, context, actions);
+  RegisterEntryCommand(app, context, actions);
+  RegisterTransferCommand(app, context, actions);
+  RegisterSuggestCommand(app, context, actions);
 }
 
 }  // namespace folvant::app

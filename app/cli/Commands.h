@@ -18,5 +18,8 @@ void RegisterUpgradeCommand(CLI::App& app, Context& context, CommandList& action
 void RegisterFolderCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterSmartFolderCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterRepairCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterEntryCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterTransferCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterSuggestCommand(CLI::App& app, Context& context, CommandList& actions);
 
 }  // namespace folvant::app
