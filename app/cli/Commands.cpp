@@ -15,6 +15,9 @@ void RegisterCommands(CLI::App& app, Context& context, CommandList& actions) {
   RegisterTypeCommand(app, context, actions);
   RegisterCurrencyCommand(app, context, actions);
   RegisterReconcileCommand(app, context, actions);
+  RegisterEntryCommand(app, context, actions);
+  RegisterTransferCommand(app, context, actions);
+  RegisterSuggestCommand(app, context, actions);
 }
 
 }  // namespace folvant::app

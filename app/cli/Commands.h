@@ -22,5 +22,8 @@ void RegisterCategoryCommand(CLI::App& app, Context& context, CommandList& actio
 void RegisterTypeCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterCurrencyCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterReconcileCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterEntryCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterTransferCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterSuggestCommand(CLI::App& app, Context& context, CommandList& actions);
 
 }  // namespace folvant::app

@@ -1,0 +1,385 @@
+#include <charconv>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "app/cli/BookAccess.h"
+#include "app/cli/Commands.h"
+#include "app/cli/EntryOutput.h"
+#include "app/cli/Options.h"
+#include "app/render/AmountText.h"
+#include "app/render/Json.h"
+#include "folvant/book/Book.h"
+#include "folvant/book/Entries.h"
+#include "folvant/model/ZELMAccount.h"
+#include "folvant/values/AmountInput.h"
+#include "folvant/values/LVCurrency.h"
+
+namespace folvant::app {
+namespace {
+
+// A split line item as typed: CATEGORY=AMOUNT[:DESCRIPTION]. The category may be empty and may
+// itself hold colons ("Food:Groceries=-40:weekly shop").
+std::optional<SplitFields> ReadSplit(const std::string& text, std::string* problem) {
+  const auto equals = text.find('=');
+  if (equals == std::string::npos) {
+    *problem = "\"" + text + "\" is not CATEGORY=AMOUNT[:DESCRIPTION]";
+    return std::nullopt;
+  }
+  SplitFields split;
+  split.category = text.substr(0, equals);
+  std::string amount = text.substr(equals + 1);
+  if (const auto colon = amount.find(':'); colon != std::string::npos) {
+    split.description = amount.substr(colon + 1);
+    amount.resize(colon);
+  }
+  std::string why;
+  const auto value = ReadAmount(amount, &why);
+  if (!value) {
+    *problem = "\"" + text + "\": \"" + amount + "\" " + why;
+    return std::nullopt;
+  }
+  split.amount = *value;
+  return split;
+}
+
+CLI::Validator SplitValue() {
+  return CLI::Validator(
+      [](const std::string& value) -> std::string {
+        std::string problem;
+        return ReadSplit(value, &problem) ? std::string() : problem;
+      },
+      "CATEGORY=AMOUNT[:DESCRIPTION]");
+}
+
+// The options of `entry add` and `entry edit`; a field is given when its option was.
+struct FieldOptions {
+  std::string account;
+  std::int32_t number = 0;
+  std::string date;
+  double amount = 0.0, debit = 0.0, deposit = 0.0;
+  std::vector<std::string> check;
+  std::string toFrom, description, type, category, notes;
+  std::vector<std::string> splits;
+  bool resolved = false, unresolved = false;
+  bool taxDeductible = false, notTaxDeductible = false, noCheck = false;
+  EntryOptions entry;
+  bool json = false;
+  CLI::Option *dateOption = nullptr, *amountOption = nullptr, *debitOption = nullptr,
+              *depositOption = nullptr, *checkOption = nullptr, *toOption = nullptr,
+              *fromOption = nullptr, *descriptionOption = nullptr, *typeOption = nullptr,
+              *categoryOption = nullptr, *notesOption = nullptr, *splitOption = nullptr;
+};
+
+void AddFieldOptions(CLI::App* command, FieldOptions& o, bool edit) {
+  o.dateOption = command
+                     ->add_option("--date", o.date,
+                                  edit ? "Date (YYYY-MM-DD)" : "Date (YYYY-MM-DD; default: today)")
+                     ->check(IsoDate());
+  o.amountOption =
+      command->add_option("--amount", o.amount, "Amount, negative for money leaving the account")
+          ->check(AmountValue());
+  o.debitOption = command->add_option("--debit", o.debit, "Money leaving the account (positive)")
+                      ->check(AmountValue());
+  o.depositOption = command->add_option("--deposit", o.deposit, "Money coming in (positive)")
+                        ->check(AmountValue());
+  o.amountOption->excludes(o.debitOption)->excludes(o.depositOption);
+  o.debitOption->excludes(o.depositOption);
+  o.checkOption = command
+                      ->add_option("--check", o.check,
+                                   "A check; with a number, that check number (default: the next)")
+                      ->expected(0, 1)
+                      ->check(ZeroOrMore());
+  o.toOption = command->add_option("--to", o.toFrom, "Payee");
+  o.fromOption = command->add_option("--from", o.toFrom, "Payer");
+  o.toOption->excludes(o.fromOption);
+  o.descriptionOption = command->add_option("--description", o.description, "Description");
+  o.typeOption = command->add_option("--type", o.type, "One of the account's entry types");
+  o.categoryOption =
+      command->add_option("--category", o.category, "Category, by its full name (Parent:Child)");
+  o.notesOption = command->add_option("--notes", o.notes, "Notes");
+  o.splitOption = command
+                      ->add_option("--split", o.splits,
+                                   "A line item CATEGORY=AMOUNT[:DESCRIPTION], repeated; the "
+                                   "entry's amount is their total")
+                      ->check(SplitValue());
+  command->add_flag("--resolved", o.resolved, "Resolved against a statement");
+  command->add_flag("--tax-deductible", o.taxDeductible, "Tax-deductible");
+  command->add_flag("--new-category", o.entry.newCategory, "Create the category if it is new");
+  command->add_flag("--allow-duplicate-check", o.entry.allowDuplicateCheck,
+                    "Take a check number that is already in use");
+  if (edit) {
+    command->add_flag("--unresolved", o.unresolved, "Not resolved")->excludes("--resolved");
+    command->add_flag("--not-tax-deductible", o.notTaxDeductible, "Not tax-deductible")
+        ->excludes("--tax-deductible");
+    command->add_flag("--no-check", o.noCheck, "Not a check")->excludes(o.checkOption);
+  } else {
+    command->add_flag("--no-memory", o.entry.noMemory,
+                      "Fill in nothing from earlier entries with the same payee or payer");
+  }
+  command->add_flag("--json", o.json, "Print JSON");
+}
+
+EntryFields ReadFields(const FieldOptions& o) {
+  EntryFields f;
+  if (o.dateOption->count() > 0) {
+    std::int32_t date = 0;
+    ParseDateNumber(o.date, date);  // checked when read
+    f.date = date;
+  }
+  if (o.amountOption->count() > 0) f.amount = o.amount;
+  if (o.debitOption->count() > 0) f.amount = -o.debit;
+  if (o.depositOption->count() > 0) f.amount = o.deposit;
+  if (o.checkOption->count() > 0) {
+    f.check = true;
+    // Given alone, the option holds no value or an empty one.
+    std::int32_t number = 0;
+    const std::string text = o.check.empty() ? std::string() : o.check.front();
+    const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (!text.empty() && read.ec == std::errc()) f.checkNumber = number;
+  }
+  if (o.noCheck) f.check = false;
+  if (o.toOption->count() > 0 || o.fromOption->count() > 0) f.toFrom = o.toFrom;
+  if (o.descriptionOption->count() > 0) f.description = o.description;
+  if (o.typeOption->count() > 0) f.type = o.type;
+  if (o.categoryOption->count() > 0) f.category = o.category;
+  if (o.notesOption->count() > 0) f.notes = o.notes;
+  if (o.resolved) f.resolved = true;
+  if (o.unresolved) f.resolved = false;
+  if (o.taxDeductible) f.taxDeductible = true;
+  if (o.notTaxDeductible) f.taxDeductible = false;
+  if (o.splitOption->count() > 0) {
+    f.splits.emplace();
+    for (const std::string& text : o.splits) {
+      std::string problem;
+      f.splits->push_back(*ReadSplit(text, &problem));  // checked when read
+    }
+  }
+  return f;
+}
+
+void PrintChangeJson(Context& context, const EntryChange& change) {
+  render::Json document = render::Json::object();
+  document["account"] = render::JsonText(change.account->GetName());
+  document["entry"] = EntryJson(change.entry);
+  render::Json remembered = render::Json::array();
+  for (const auto& field : change.remembered) remembered.push_back(field);
+  document["remembered"] = std::move(remembered);
+  document["linked"] = LinkedJson(change.linked);
+  document["balance"] = render::JsonAmount(change.balance);
+  render::WriteJson(context.out, document);
+}
+
+// "<headline>", the entry, what happened to a transfer's other side, the balance.
+int PrintChange(Context& context, const EntryChange& change, const std::string& headline,
+                bool json) {
+  if (json) {
+    PrintChangeJson(context, change);
+    return 0;
+  }
+  const LVCurrency& currency = *change.account->currency();
+  std::string out = headline + "\n";
+  AppendEntryText(out, change.entry, currency);
+  if (!change.remembered.empty()) {
+    out += "Filled in from the last entry for \"" + change.entry.toFrom + "\": ";
+    for (std::size_t i = 0; i < change.remembered.size(); ++i) {
+      out += (i ? ", " : "") + change.remembered[i];
+    }
+    out += "\n";
+  }
+  if (change.linked) out += LinkedLine(*change.linked);
+  out += "Balance of \"" + change.account->GetName() +
+         "\": " + render::AmountWriter(currency).Text(change.balance) + "\n";
+  context.out << out;
+  return 0;
+}
+
+std::string Which(const EntryChange& change) {
+  return "entry " + std::to_string(change.entry.number) + " of \"" + change.account->GetName() +
+         "\"";
+}
+
+int UsageError(Context& context, const std::string& message) {
+  Fail(context, message);
+  return 2;
+}
+
+std::optional<std::string> BadAmounts(const FieldOptions& o) {
+  if (o.debitOption->count() > 0 && o.debit < 0) return "--debit takes a positive amount";
+  if (o.depositOption->count() > 0 && o.deposit < 0) return "--deposit takes a positive amount";
+  return std::nullopt;
+}
+
+int Add(Context& context, const FieldOptions& o) {
+  if (auto bad = BadAmounts(o)) return UsageError(context, *bad);
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto added = AddEntry(*book, o.account, ReadFields(o), o.entry);
+  PrintWarnings(context, *book);
+  if (!added) return Fail(context, added.error());
+  if (!SaveBook(context, *book)) return 1;
+  return PrintChange(context, *added, "Added " + Which(*added) + ".", o.json);
+}
+
+int Edit(Context& context, const FieldOptions& o) {
+  if (auto bad = BadAmounts(o)) return UsageError(context, *bad);
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto edited = EditEntry(*book, o.account, o.number, ReadFields(o), o.entry);
+  PrintWarnings(context, *book);
+  if (!edited) return Fail(context, edited.error());
+  if (!SaveBook(context, *book)) return 1;
+  return PrintChange(context, *edited, "Changed " + Which(*edited) + ".", o.json);
+}
+
+struct OneEntry {
+  std::string account;
+  std::int32_t number = 0;
+  bool json = false;
+};
+
+int Show(Context& context, const OneEntry& o) {
+  auto book = OpenBook(context);
+  if (!book) return 1;
+  auto account = FindAccount(context, *book, o.account);
+  if (!account) return 1;
+  auto shown = ShowEntry(*book, o.account, o.number);
+  PrintWarnings(context, *book);
+  if (!shown) return Fail(context, shown.error());
+  if (o.json) {
+    render::Json document = render::Json::object();
+    document["account"] = render::JsonText(account->GetName());
+    document["entry"] = EntryJson(*shown);
+    render::WriteJson(context.out, document);
+    return 0;
+  }
+  std::string out;
+  AppendEntryText(out, *shown, *account->currency());
+  context.out << out;
+  return 0;
+}
+
+using ChangeOne = BookResult<EntryChange> (*)(Book&, std::string_view, std::int32_t);
+
+int ChangeEntry(Context& context, const OneEntry& o, ChangeOne operation, const char* verb) {
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto changed = operation(*book, o.account, o.number);
+  PrintWarnings(context, *book);
+  if (!changed) return Fail(context, changed.error());
+  if (!SaveBook(context, *book)) return 1;
+  return PrintChange(context, *changed, std::string(verb) + " " + Which(*changed) + ".", o.json);
+}
+
+struct ManyEntries {
+  std::string account;
+  std::vector<std::int32_t> numbers;
+  bool json = false;
+};
+
+using ChangeMany = BookResult<ResolveChange> (*)(Book&, std::string_view,
+                                                 const std::vector<std::int32_t>&);
+
+std::string NumberList(const std::vector<std::int32_t>& numbers) {
+  std::string text;
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    text += (i ? ", " : "") + std::to_string(numbers[i]);
+  }
+  return text;
+}
+
+int Resolve(Context& context, const ManyEntries& o, ChangeMany operation, const char* state) {
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto changed = operation(*book, o.account, o.numbers);
+  PrintWarnings(context, *book);
+  if (!changed) return Fail(context, changed.error());
+  if (!SaveBook(context, *book)) return 1;
+  const ResolveChange& c = *changed;
+  if (o.json) {
+    render::Json document = render::Json::object();
+    document["account"] = render::JsonText(c.account->GetName());
+    document["changed"] = c.changed;
+    document["already"] = c.already;
+    render::Json linked = render::Json::array();
+    for (const auto& l : c.linked) linked.push_back(LinkedJson(l));
+    document["linked"] = std::move(linked);
+    document["resolvedBalance"] = render::JsonAmount(c.resolvedBalance);
+    render::WriteJson(context.out, document);
+    return 0;
+  }
+  std::string out;
+  const std::string name = "\"" + c.account->GetName() + "\"";
+  if (!c.changed.empty()) {
+    out += std::string(c.changed.size() == 1 ? "Entry " : "Entries ") + NumberList(c.changed) +
+           " of " + name + " marked " + state + ".\n";
+  }
+  if (!c.already.empty()) {
+    out += std::string(c.already.size() == 1 ? "Entry " : "Entries ") + NumberList(c.already) +
+           (c.already.size() == 1 ? " was" : " were") + " already " + state + ".\n";
+  }
+  for (const auto& l : c.linked) out += LinkedLine(l);
+  out += "Resolved balance of " + name + ": " +
+         render::AmountWriter(*c.account->currency()).Text(c.resolvedBalance) + "\n";
+  context.out << out;
+  return 0;
+}
+
+}  // namespace
+
+void RegisterEntryCommand(CLI::App& app, Context& context, CommandList& actions) {
+  CLI::App* entry = app.add_subcommand("entry", "Add, show, change and remove register entries");
+  entry->require_subcommand(1);
+
+  {
+    auto o = std::make_shared<FieldOptions>();
+    CLI::App* add = entry->add_subcommand("add", "Add an entry to an account's register");
+    add->add_option("ACCOUNT", o->account, "Name or number of the account")->required();
+    AddFieldOptions(add, *o, false);
+    actions.emplace_back(add, [&context, o]() { return Add(context, *o); });
+  }
+  {
+    auto o = std::make_shared<FieldOptions>();
+    CLI::App* edit = entry->add_subcommand("edit", "Change the fields of an entry");
+    edit->add_option("ACCOUNT", o->account, "Name or number of the account")->required();
+    edit->add_option("NUMBER", o->number, "Number of the entry")->required();
+    AddFieldOptions(edit, *o, true);
+    actions.emplace_back(edit, [&context, o]() { return Edit(context, *o); });
+  }
+  const auto one = [&](const char* name, const char* help, ChangeOne operation, const char* verb) {
+    auto o = std::make_shared<OneEntry>();
+    CLI::App* command = entry->add_subcommand(name, help);
+    command->add_option("ACCOUNT", o->account, "Name or number of the account")->required();
+    command->add_option("NUMBER", o->number, "Number of the entry")->required();
+    command->add_flag("--json", o->json, "Print JSON");
+    if (operation == nullptr) {
+      actions.emplace_back(command, [&context, o]() { return Show(context, *o); });
+    } else {
+      actions.emplace_back(command, [&context, o, operation, verb]() {
+        return ChangeEntry(context, *o, operation, verb);
+      });
+    }
+  };
+  one("show", "Show every field of an entry", nullptr, "");
+  one("void", "Void an entry (and a transfer's other side)", &VoidEntry, "Voided");
+  one("unvoid", "Take back the voiding of an entry", &UnvoidEntry, "Unvoided");
+  one("delete", "Delete an entry (and a transfer's other side)", &DeleteEntry, "Deleted");
+  const auto many = [&](const char* name, const char* help, ChangeMany operation,
+                        const char* state) {
+    auto o = std::make_shared<ManyEntries>();
+    CLI::App* command = entry->add_subcommand(name, help);
+    command->add_option("ACCOUNT", o->account, "Name or number of the account")->required();
+    command->add_option("NUMBER", o->numbers, "Numbers of the entries")->required();
+    command->add_flag("--json", o->json, "Print JSON");
+    actions.emplace_back(command, [&context, o, operation, state]() {
+      return Resolve(context, *o, operation, state);
+    });
+  };
+  many("resolve", "Mark entries resolved against a statement", &ResolveEntries, "resolved");
+  many("unresolve", "Take back the resolved mark of entries", &UnresolveEntries, "unresolved");
+}
+
+}  // namespace folvant::app

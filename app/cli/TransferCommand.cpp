@@ -1,0 +1,88 @@
+#include <memory>
+#include <ostream>
+#include <string>
+
+#include "app/cli/BookAccess.h"
+#include "app/cli/Commands.h"
+#include "app/cli/EntryOutput.h"
+#include "app/cli/Options.h"
+#include "app/render/AmountText.h"
+#include "app/render/Json.h"
+#include "folvant/book/Book.h"
+#include "folvant/book/Entries.h"
+#include "folvant/model/ZELMAccount.h"
+#include "folvant/values/LVCurrency.h"
+
+namespace folvant::app {
+namespace {
+
+struct TransferOptions {
+  std::string from, to, date;
+  double amount = 0.0, toAmount = 0.0;
+  std::string description;
+  bool json = false;
+  CLI::Option* toAmountOption = nullptr;
+};
+
+render::Json SideJson(const ZELMAccount& account, const EntryDetails& entry, double balance) {
+  render::Json side = render::Json::object();
+  side["account"] = render::JsonText(account.GetName());
+  side["entry"] = EntryJson(entry);
+  side["balance"] = render::JsonAmount(balance);
+  return side;
+}
+
+int Run(Context& context, const TransferOptions& o) {
+  TransferRequest request{o.from, o.to, o.amount, std::nullopt, o.description, std::nullopt};
+  if (std::int32_t date = 0; ParseDateNumber(o.date, date)) request.date = date;
+  if (o.toAmountOption->count() > 0) request.toAmount = o.toAmount;
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto made = Transfer(*book, request);
+  PrintWarnings(context, *book);
+  if (!made) return Fail(context, made.error());
+  if (!SaveBook(context, *book)) return 1;
+  const TransferChange& t = *made;
+  if (o.json) {
+    render::Json document = render::Json::object();
+    document["from"] = SideJson(*t.from, t.debit, t.fromBalance);
+    document["to"] = SideJson(*t.to, t.deposit, t.toBalance);
+    render::WriteJson(context.out, document);
+    return 0;
+  }
+  const render::AmountWriter from(*t.from->currency());
+  const render::AmountWriter to(*t.to->currency());
+  std::string out = "Transferred " + from.Text(-t.debit.amount) + " from \"" + t.from->GetName() +
+                    "\" (entry " + std::to_string(t.debit.number) + ") to \"" + t.to->GetName() +
+                    "\" (entry " + std::to_string(t.deposit.number) + ")";
+  if (t.from->currency() != t.to->currency()) out += ", received as " + to.Text(t.deposit.amount);
+  out += ".\nBalance of \"" + t.from->GetName() + "\": " + from.Text(t.fromBalance) + "\n";
+  out += "Balance of \"" + t.to->GetName() + "\": " + to.Text(t.toBalance) + "\n";
+  context.out << out;
+  return 0;
+}
+
+}  // namespace
+
+void RegisterTransferCommand(CLI::App& app, Context& context, CommandList& actions) {
+  auto o = std::make_shared<TransferOptions>();
+  CLI::App* transfer =
+      app.add_subcommand("transfer", "Move money from one account to another (a linked pair)");
+  transfer->add_option("FROM", o->from, "The account the money leaves")->required();
+  transfer->add_option("TO", o->to, "The account the money goes to")->required();
+  transfer->add_option("AMOUNT", o->amount, "The amount sent (positive)")
+      ->required()
+      ->check(AmountValue());
+  transfer->add_option("--date", o->date, "Date (YYYY-MM-DD; default: today)")->check(IsoDate());
+  transfer->add_option("--description", o->description, "Description of both entries");
+  o->toAmountOption =
+      transfer
+          ->add_option("--to-amount", o->toAmount,
+                       "The amount received, in the other account's currency (default: "
+                       "converted with the currencies' rates)")
+          ->check(AmountValue());
+  transfer->add_flag("--json", o->json, "Print JSON");
+  actions.emplace_back(transfer, [&context, o]() { return Run(context, *o); });
+}
+
+}  // namespace folvant::app
