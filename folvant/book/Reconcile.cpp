@@ -254,7 +254,7 @@ BookResult<ReconcileListing> ReconcileView(Book& book, std::string_view name,
   return ListingOf(book, *account, statement);
 }
 
-BookResult<std::size_t> ResolveEntries(Book& book, std::string_view name,
+BookResult<std::size_t> TickEntries(Book& book, std::string_view name,
                                        const Statement& statement,
                                        const std::vector<std::int32_t>& numbers) {
   auto account = book.AccountToChange(name);
@@ -284,7 +284,7 @@ BookResult<std::size_t> ResolveEntries(Book& book, std::string_view name,
   return changed;
 }
 
-BookResult<std::size_t> UnresolveEntries(Book& book, std::string_view name,
+BookResult<std::size_t> UntickEntries(Book& book, std::string_view name,
                                          const std::vector<std::int32_t>& numbers) {
   auto account = book.AccountToChange(name);
   if (!account) return Unexpected{account.error()};
@@ -341,12 +341,12 @@ BookResult<ReconcileOutcome> Reconcile(Book& book, std::string_view name,
   if (auto bad = CheckStatement(request.statement)) return Unexpected{*bad};
   ReconcileOutcome outcome;
   if (!request.unresolve.empty()) {
-    auto changed = UnresolveEntries(book, name, request.unresolve);
+    auto changed = UntickEntries(book, name, request.unresolve);
     if (!changed) return Unexpected{changed.error()};
     outcome.changed = *changed > 0;
   }
   if (!request.resolve.empty()) {
-    auto changed = ResolveEntries(book, name, request.statement, request.resolve);
+    auto changed = TickEntries(book, name, request.statement, request.resolve);
     if (!changed) return Unexpected{changed.error()};
     outcome.changed = outcome.changed || *changed > 0;
   }

@@ -79,13 +79,13 @@ struct ReconcileHistory {
 BookResult<ReconcileListing> ReconcileView(Book& book, std::string_view account,
                                            const Statement& statement);
 
-// Resolve or unresolve the entries (by number). Resolving an entry dated after the statement's
+// Ticks (resolves) or unticks the entries (by number) in a reconciliation. Resolving an entry dated after the statement's
 // day is refused; an unknown number anywhere in the list changes nothing. The account is marked
 // changed; the caller saves the book. The count of entries whose mark changed.
-BookResult<std::size_t> ResolveEntries(Book& book, std::string_view account,
+BookResult<std::size_t> TickEntries(Book& book, std::string_view account,
                                        const Statement& statement,
                                        const std::vector<std::int32_t>& numbers);
-BookResult<std::size_t> UnresolveEntries(Book& book, std::string_view account,
+BookResult<std::size_t> UntickEntries(Book& book, std::string_view account,
                                          const std::vector<std::int32_t>& numbers);
 
 // Records the reconciliation when the difference is 0, with the entries resolved since the last

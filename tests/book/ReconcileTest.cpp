@@ -115,7 +115,7 @@ TEST_F(ReconcileTest, SuggestsWhereTheDifferenceMayComeFrom) {
   EXPECT_EQ(Suggestions(100.27), (SeenList{{S::Kind::kTransposedDigits, {}, false}}));
   EXPECT_TRUE(Suggestions(100.0).empty());
   // A resolved deposit of 200.00 that was a withdrawal counts twice against the statement.
-  ASSERT_TRUE(ResolveEntries(*book_, "Checking", {kStatementDay, 0}, {3}));
+  ASSERT_TRUE(TickEntries(*book_, "Checking", {kStatementDay, 0}, {3}));
   EXPECT_EQ(Suggestions(-100.0), (SeenList{{S::Kind::kSignFlipped, {3}, true}}));
 }
 
@@ -123,16 +123,16 @@ TEST_F(ReconcileTest, FinishIsRefusedWhenOffAndRecordedWhenTheDifferenceIsZero) 
   auto plain = MakeBook(base_ / "plain");
   const Statement statement{kStatementDay, 64.5};
 
-  auto late = ResolveEntries(*book_, "Checking", statement, {1, 5});
+  auto late = TickEntries(*book_, "Checking", statement, {1, 5});
   ASSERT_FALSE(late);
   EXPECT_EQ(late.error().kind, Kind::kInvalid);
   EXPECT_EQ(late.error().message,
             "entry 5 is dated 2026-02-10, after the statement date 2026-01-31");
-  EXPECT_EQ(ResolveEntries(*book_, "Checking", statement, {1, 99}).error().kind, Kind::kNotFound);
-  auto resolved = ResolveEntries(*book_, "Checking", statement, {1, 2, 3});
+  EXPECT_EQ(TickEntries(*book_, "Checking", statement, {1, 99}).error().kind, Kind::kNotFound);
+  auto resolved = TickEntries(*book_, "Checking", statement, {1, 2, 3});
   ASSERT_TRUE(resolved);
   EXPECT_EQ(*resolved, 3u);
-  ASSERT_TRUE(UnresolveEntries(*book_, "Checking", {3}));
+  ASSERT_TRUE(UntickEntries(*book_, "Checking", {3}));
 
   auto off = FinishReconciliation(*book_, "Checking", {kStatementDay, 60.0});
   ASSERT_FALSE(off);
@@ -166,9 +166,9 @@ TEST_F(ReconcileTest, FinishIsRefusedWhenOffAndRecordedWhenTheDifferenceIsZero) 
 }
 
 TEST_F(ReconcileTest, UndoUnresolvesTheLastReconciliationsEntriesAndRemovesItsRecord) {
-  ASSERT_TRUE(ResolveEntries(*book_, "Checking", {kStatementDay, 0}, {1, 2}));
+  ASSERT_TRUE(TickEntries(*book_, "Checking", {kStatementDay, 0}, {1, 2}));
   ASSERT_TRUE(FinishReconciliation(*book_, "Checking", {kStatementDay, 64.5}));
-  ASSERT_TRUE(ResolveEntries(*book_, "Checking", {kStatementDay, 0}, {3}));
+  ASSERT_TRUE(TickEntries(*book_, "Checking", {kStatementDay, 0}, {3}));
   ASSERT_TRUE(FinishReconciliation(*book_, "Checking", {kStatementDay, 264.5}));
   ASSERT_FALSE(book_->Save());
 
