@@ -208,7 +208,7 @@ void RegisterAccountCommand(CLI::App& app, Context& context, CommandList& action
   create->add_option("--currency", options->currency,
                      "Currency code, e.g. EUR (default: the base currency)");
   create->add_option("--starting-balance", options->startingBalance, "Opening balance")
-      ->check(AmountValue());
+      ->transform(AmountValue());
   create->add_option("--starting-check", options->startingCheck, "First check number")
       ->check(ZeroOrMore());
   actions.emplace_back(create, [&context, options]() { return NewAccount(context, *options); });
@@ -224,7 +224,7 @@ void RegisterAccountCommand(CLI::App& app, Context& context, CommandList& action
   edit->add_option("ACCOUNT", change->account, kAccount)->required();
   edit->add_option("--name", change->edit.name, "A new name");
   edit->add_option("--starting-balance", change->edit.startingBalance, "Opening balance")
-      ->check(AmountValue());
+      ->transform(AmountValue());
   edit->add_option("--starting-check", change->edit.startingCheck, "First check number")
       ->check(ZeroOrMore());
   edit->add_option("--currency", change->edit.currency,

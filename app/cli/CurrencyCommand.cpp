@@ -121,7 +121,7 @@ void RegisterCurrencyCommand(CLI::App& app, Context& context, CommandList& actio
     command->add_option("--thousands", s.thousands, "Thousands separator");
     command->add_option("--decimal", s.decimal, "Decimal separator");
     command->add_option("--rate", s.rate, "Value of one unit in units of the base currency")
-        ->check(AmountValue());
+        ->transform(AmountValue());
   };
 
   CLI::App* create = currency->add_subcommand("new", "Add a currency");

@@ -81,11 +81,11 @@ void AddFieldOptions(CLI::App* command, FieldOptions& o, bool edit) {
                      ->check(IsoDate());
   o.amountOption =
       command->add_option("--amount", o.amount, "Amount, negative for money leaving the account")
-          ->check(AmountValue());
+          ->transform(AmountValue());
   o.debitOption = command->add_option("--debit", o.debit, "Money leaving the account (positive)")
-                      ->check(AmountValue());
+                      ->transform(AmountValue());
   o.depositOption = command->add_option("--deposit", o.deposit, "Money coming in (positive)")
-                        ->check(AmountValue());
+                        ->transform(AmountValue());
   o.amountOption->excludes(o.debitOption)->excludes(o.depositOption);
   o.debitOption->excludes(o.depositOption);
   o.checkOption = command

@@ -17,7 +17,8 @@ CLI::Validator ZeroOrMore();
 
 // An option check for amounts: the value reads as an amount the user types (their decimal and
 // thousands separators; no NaN, infinities, exponents or amounts beyond what a register holds)
-// and is rewritten as plain digits ("-1234.50") for the option's number to take.
+// and is rewritten as plain digits ("-1234.50") for the option's number to take. Give it with
+// transform(), not check(): a check cannot rewrite the value.
 CLI::Validator AmountValue();
 
 // A date number as YYYY-MM-DD.

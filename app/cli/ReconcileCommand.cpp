@@ -274,7 +274,7 @@ void RegisterReconcileCommand(CLI::App& app, Context& context, CommandList& acti
       ->check(IsoDate());
   CLI::Option* balance =
       reconcile->add_option("--statement-balance", o->balance, "The statement's closing balance")
-          ->check(AmountValue());
+          ->transform(AmountValue());
   reconcile->add_option("--resolve", o->resolve, "Mark these entries (numbers) resolved");
   reconcile->add_option("--unresolve", o->unresolve, "Mark these entries (numbers) unresolved");
   reconcile->add_flag("--finish", o->finish,

@@ -335,7 +335,7 @@ void RegisterScheduleCommand(CLI::App& app, Context& context, CommandList& actio
         ->required()
         ->check(IsoDate());
     add->add_option("--amount", o->entry.amount, "Amount, negative for money leaving the account")
-        ->check(AmountValue())
+        ->transform(AmountValue())
         ->required();
     add->add_option("--to-from", o->entry.toFrom, "Payee or payer");
     add->add_option("--description", o->entry.description, "Description");

@@ -72,7 +72,7 @@ void RegisterTransferCommand(CLI::App& app, Context& context, CommandList& actio
   transfer->add_option("TO", o->to, "The account the money goes to")->required();
   transfer->add_option("AMOUNT", o->amount, "The amount sent (positive)")
       ->required()
-      ->check(AmountValue());
+      ->transform(AmountValue());
   transfer->add_option("--date", o->date, "Date (YYYY-MM-DD; default: today)")->check(IsoDate());
   transfer->add_option("--description", o->description, "Description of both entries");
   o->toAmountOption =
@@ -80,7 +80,7 @@ void RegisterTransferCommand(CLI::App& app, Context& context, CommandList& actio
           ->add_option("--to-amount", o->toAmount,
                        "The amount received, in the other account's currency (default: "
                        "converted with the currencies' rates)")
-          ->check(AmountValue());
+          ->transform(AmountValue());
   transfer->add_flag("--json", o->json, "Print JSON");
   actions.emplace_back(transfer, [&context, o]() { return Run(context, *o); });
 }
