@@ -291,6 +291,8 @@ BookResult<std::vector<DueOccurrence>> DueOccurrences(Book& book,
   }
   std::vector<DueOccurrence> due;
   for (const auto& account : accounts) {
+    // A locked account shows nothing, its schedules included, until its password is given.
+    if (!account->IsAuthenticated()) continue;
     for (const auto& s : account->GetSchedules()) {
       for (const auto& e : s->EvaluateForDate(LocalDay(date))) {
         due.push_back({account, s->GetNumber(), e->GetDate(), e->IsCheck(),
