@@ -39,4 +39,19 @@ std::shared_ptr<ZELMAccount> OpenAccount(Context& context, std::unique_ptr<Book>
                                          std::string_view name,
                                          Book::Access access = Book::Access::kRead);
 
+// Runs one change of the book as a command: opens the book for changing, calls `change(book)`
+// (a BookResult), prints the book's warnings, and on success saves and calls `report` with the
+// result. The exit status: 0, or 1 with the error printed and nothing saved.
+template <typename Change, typename Report>
+int ChangeBook(Context& context, Change&& change, Report&& report) {
+  auto book = OpenBook(context, Book::Access::kWrite);
+  if (!book) return 1;
+  auto done = change(*book);
+  PrintWarnings(context, *book);
+  if (!done) return Fail(context, done.error());
+  if (!SaveBook(context, *book)) return 1;
+  report(*done);
+  return 0;
+}
+
 }  // namespace folvant::app

@@ -53,21 +53,8 @@ int ListCategories(Context& context, const CategoryOptions& options) {
   return 0;
 }
 
-// Runs a change of the tree and saves it.
-template <typename Change, typename Report>
-int ChangeTree(Context& context, Change&& change, Report&& report) {
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto done = change(*book);
-  PrintWarnings(context, *book);
-  if (!done) return Fail(context, done.error());
-  if (!SaveBook(context, *book)) return 1;
-  report(*done);
-  return 0;
-}
-
 int NewCategory(Context& context, const CategoryOptions& options) {
-  return ChangeTree(
+  return ChangeBook(
       context, [&](Book& book) { return folvant::NewCategory(book, options.category); },
       [&](const CategoryChange& c) {
         context.out << "Created category \"" << c.category << "\"\n";
@@ -75,7 +62,7 @@ int NewCategory(Context& context, const CategoryOptions& options) {
 }
 
 int RenameCategory(Context& context, const CategoryOptions& options) {
-  return ChangeTree(
+  return ChangeBook(
       context,
       [&](Book& book) { return folvant::RenameCategory(book, options.category, options.target); },
       [&](const CategoryChange& c) {
@@ -88,7 +75,7 @@ int MoveCategory(Context& context, const CategoryOptions& options) {
     Fail(context, "category move needs --to PARENT or --top");
     return 2;  // a usage error
   }
-  return ChangeTree(
+  return ChangeBook(
       context,
       [&](Book& book) {
         return folvant::MoveCategory(book, options.category,
@@ -100,7 +87,7 @@ int MoveCategory(Context& context, const CategoryOptions& options) {
 }
 
 int RemoveCategory(Context& context, const CategoryOptions& options) {
-  return ChangeTree(
+  return ChangeBook(
       context,
       [&](Book& book) { return folvant::RemoveCategory(book, options.category, options.reassign); },
       [&](const CategoryChange& c) {

@@ -74,21 +74,8 @@ int ListTypes(Context& context, const TypeOptions& options) {
   return 0;
 }
 
-// Runs a change of the account's types and saves it.
-template <typename Change, typename Report>
-int ChangeTypes(Context& context, Change&& change, Report&& report) {
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto done = change(*book);
-  PrintWarnings(context, *book);
-  if (!done) return Fail(context, done.error());
-  if (!SaveBook(context, *book)) return 1;
-  report(*done);
-  return 0;
-}
-
 int NewType(Context& context, const TypeOptions& options) {
-  return ChangeTypes(
+  return ChangeBook(
       context,
       [&](Book& book) {
         return folvant::NewType(book, options.account, options.name, options.deposit,
@@ -101,7 +88,7 @@ int NewType(Context& context, const TypeOptions& options) {
 }
 
 int RenameType(Context& context, const TypeOptions& options) {
-  return ChangeTypes(
+  return ChangeBook(
       context,
       [&](Book& book) {
         return folvant::RenameType(book, options.account, options.name, SideOf(options),
@@ -114,7 +101,7 @@ int RenameType(Context& context, const TypeOptions& options) {
 }
 
 int RemoveType(Context& context, const TypeOptions& options) {
-  return ChangeTypes(
+  return ChangeBook(
       context,
       [&](Book& book) {
         return folvant::RemoveType(book, options.account, options.name, SideOf(options));
@@ -134,7 +121,7 @@ int SetDefaults(Context& context, const TypeOptions& options) {
     Fail(context, "type default needs --debit NAME, --deposit NAME or both");
     return 2;  // a usage error
   }
-  return ChangeTypes(
+  return ChangeBook(
       context,
       [&](Book& book) {
         return folvant::SetDefaultTypes(book, options.account, options.defaultDebit,
@@ -148,7 +135,7 @@ int SetDefaults(Context& context, const TypeOptions& options) {
 }
 
 int ImportTypes(Context& context, const TypeOptions& options) {
-  return ChangeTypes(
+  return ChangeBook(
       context, [&](Book& book) { return folvant::ImportTypes(book, options.account, options.from); },
       [&](const TypeImport& i) {
         context.out << "Took " << i.added.size() << (i.added.size() == 1 ? " type" : " types")

@@ -16,6 +16,7 @@
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntry.h"
 #include "folvant/values/LVCurrency.h"
+#include "tests/support/TestSupport.h"
 
 namespace folvant {
 namespace {
@@ -35,10 +36,7 @@ std::string Bytes(const fs::path& path) {
 class AccountSettingsTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    dir_ = fs::temp_directory_path() /
-           ("folvant-settings-" + std::to_string(::getpid()) + "-" +
-            ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(dir_);
+    dir_ = testing::ScratchDir("folvant-settings");
     auto created = Book::Create(dir_);
     ASSERT_TRUE(created) << created.error().message;
     book_ = std::move(*created);

@@ -25,10 +25,7 @@ using Access = Book::Access;
 class BookTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    dir_ = fs::temp_directory_path() /
-           ("folvant-book-" + std::to_string(::getpid()) + "-" +
-            ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(dir_);
+    dir_ = testing::ScratchDir("folvant-book");
     auto book = Book::Create(dir_);
     ASSERT_TRUE(book) << book.error().message;
     for (const char* name : {"Checking", "Savings"}) {

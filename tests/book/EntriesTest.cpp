@@ -12,6 +12,7 @@
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntry.h"
 #include "folvant/values/LVCurrency.h"
+#include "tests/support/TestSupport.h"
 
 namespace folvant {
 namespace {
@@ -24,10 +25,7 @@ using Kind = BookError::Kind;
 class EntriesTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    dir_ = fs::temp_directory_path() /
-           ("folvant-entries-" + std::to_string(::getpid()) + "-" +
-            ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(dir_);
+    dir_ = testing::ScratchDir("folvant-entries");
     auto created = Book::Create(dir_);
     ASSERT_TRUE(created) << created.error().message;
     book_ = std::move(*created);

@@ -13,6 +13,7 @@
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntry.h"
 #include "folvant/platform/LocalCalendar.h"
+#include "tests/support/TestSupport.h"
 
 namespace folvant {
 namespace {
@@ -42,10 +43,7 @@ class ReconcileTest : public ::testing::Test {
  protected:
   void SetUp() override {
     pin_ = platform::PinClock(platform::MakeLocalTime(2026, 7, 15, 12));
-    base_ = fs::temp_directory_path() /
-            ("folvant-reconcile-" + std::to_string(::getpid()) + "-" +
-             ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(base_);
+    base_ = testing::ScratchDir("folvant-reconcile");
     book_ = MakeBook(base_ / "book");
   }
   void TearDown() override {

@@ -113,10 +113,7 @@ TEST(BuildScheduleTest, WordsThatSayNothingAreInvalid) {
 class EnterOccurrenceTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    dir_ = fs::temp_directory_path() /
-           ("folvant-schedules-" + std::to_string(::getpid()) + "-" +
-            ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(dir_);
+    dir_ = testing::ScratchDir("folvant-schedules");
     auto created = Book::Create(dir_);
     ASSERT_TRUE(created) << created.error().message;
     book_ = std::move(*created);

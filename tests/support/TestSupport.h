@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <chrono>
 #include <cstddef>
+#include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "folvant/platform/Clock.h"
@@ -13,6 +17,17 @@
 #include "folvant/platform/UserSettings.h"
 
 namespace folvant::testing {
+
+// An empty folder under the system's temporary folder, named after `prefix`, this process and
+// the running test, so that tests running at once never share one.
+inline std::filesystem::path ScratchDir(std::string_view prefix) {
+  std::filesystem::path dir =
+      std::filesystem::temp_directory_path() /
+      (std::string(prefix) + "-" + std::to_string(::getpid()) + "-" +
+       ::testing::UnitTest::GetInstance()->current_test_info()->name());
+  std::filesystem::remove_all(dir);
+  return dir;
+}
 
 // Records every ZELMLog message while alive; tests assert the exact list.
 using LogCapture = LogCollector;
