@@ -38,8 +38,8 @@ int NewAccount(Context& context, const NewAccountOptions& options) {
       if (registered.error().kind != BookError::Kind::kInvalid) {
         return Fail(context, registered.error());
       }
-      Fail(context, "--currency: " + registered.error().message);
-      return 2;  // a usage error
+      // As account edit does: a code the book does not know is a failure, not a usage error.
+      return Fail(context, "--currency: " + registered.error().message);
     }
     currency = *registered;
   }

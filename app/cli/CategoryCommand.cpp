@@ -89,7 +89,15 @@ int MoveCategory(Context& context, const CategoryOptions& options) {
 int RemoveCategory(Context& context, const CategoryOptions& options) {
   return ChangeBook(
       context,
-      [&](Book& book) { return folvant::RemoveCategory(book, options.category, options.reassign); },
+      [&](Book& book) {
+        auto removed = folvant::RemoveCategory(book, options.category, options.reassign);
+        if (!removed && !options.reassign && removed.error().message.ends_with("move to")) {
+          BookError error = removed.error();
+          error.message += " with --reassign PATH";
+          return decltype(removed){Unexpected{std::move(error)}};
+        }
+        return removed;
+      },
       [&](const CategoryChange& c) {
         context.out << "Removed category \"" << c.previous << "\"";
         if (c.moved > 0) {

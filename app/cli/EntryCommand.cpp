@@ -21,40 +21,6 @@
 namespace folvant::app {
 namespace {
 
-// A split line item as typed: CATEGORY=AMOUNT[:DESCRIPTION]. The category may be empty and may
-// itself hold colons ("Food:Groceries=-40:weekly shop").
-std::optional<SplitFields> ReadSplit(const std::string& text, std::string* problem) {
-  const auto equals = text.find('=');
-  if (equals == std::string::npos) {
-    *problem = "\"" + text + "\" is not CATEGORY=AMOUNT[:DESCRIPTION]";
-    return std::nullopt;
-  }
-  SplitFields split;
-  split.category = text.substr(0, equals);
-  std::string amount = text.substr(equals + 1);
-  if (const auto colon = amount.find(':'); colon != std::string::npos) {
-    split.description = amount.substr(colon + 1);
-    amount.resize(colon);
-  }
-  std::string why;
-  const auto value = ReadAmount(amount, &why);
-  if (!value) {
-    *problem = "\"" + text + "\": \"" + amount + "\" " + why;
-    return std::nullopt;
-  }
-  split.amount = *value;
-  return split;
-}
-
-CLI::Validator SplitValue() {
-  return CLI::Validator(
-      [](const std::string& value) -> std::string {
-        std::string problem;
-        return ReadSplit(value, &problem) ? std::string() : problem;
-      },
-      "CATEGORY=AMOUNT[:DESCRIPTION]");
-}
-
 // The options of `entry add` and `entry edit`; a field is given when its option was.
 struct FieldOptions {
   std::string account;

@@ -53,4 +53,36 @@ CLI::Validator ZeroOrMore() {
       "");
 }
 
+std::optional<SplitFields> ReadSplit(const std::string& text, std::string* problem) {
+  const auto equals = text.find('=');
+  if (equals == std::string::npos) {
+    *problem = "\"" + text + "\" is not CATEGORY=AMOUNT[:DESCRIPTION]";
+    return std::nullopt;
+  }
+  SplitFields split;
+  split.category = text.substr(0, equals);
+  std::string amount = text.substr(equals + 1);
+  if (const auto colon = amount.find(':'); colon != std::string::npos) {
+    split.description = amount.substr(colon + 1);
+    amount.resize(colon);
+  }
+  std::string why;
+  const auto value = ReadAmount(amount, &why);
+  if (!value) {
+    *problem = "\"" + text + "\": \"" + amount + "\" " + why;
+    return std::nullopt;
+  }
+  split.amount = *value;
+  return split;
+}
+
+CLI::Validator SplitValue() {
+  return CLI::Validator(
+      [](const std::string& value) -> std::string {
+        std::string problem;
+        return ReadSplit(value, &problem) ? std::string() : problem;
+      },
+      "CATEGORY=AMOUNT[:DESCRIPTION]");
+}
+
 }  // namespace folvant::app

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "app/cli/Program.h"
+#include "folvant/book/Entries.h"
 
 namespace folvant::app {
 
@@ -20,6 +22,12 @@ CLI::Validator ZeroOrMore();
 // and is rewritten as plain digits ("-1234.50") for the option's number to take. Give it with
 // transform(), not check(): a check cannot rewrite the value.
 CLI::Validator AmountValue();
+
+// A split line item as typed: CATEGORY=AMOUNT[:DESCRIPTION]; the category may be empty and may
+// hold colons ("Food:Groceries=-40:weekly shop"). None, with the problem, when it does not read.
+std::optional<SplitFields> ReadSplit(const std::string& text, std::string* problem);
+// An option check: the value reads with ReadSplit.
+CLI::Validator SplitValue();
 
 // A date number as YYYY-MM-DD.
 std::string FormatDateNumber(std::int32_t date);

@@ -8,6 +8,7 @@
 
 #include "app/cli/BookAccess.h"
 #include "app/cli/Commands.h"
+#include "app/cli/EntryOutput.h"
 #include "app/cli/Options.h"
 #include "app/render/AmountText.h"
 #include "app/render/Json.h"
@@ -66,7 +67,19 @@ void PrintListJson(Context& context, const ScheduleListing& listing) {
     s["category"] = JsonText(row.category);
     s["toFrom"] = JsonText(row.toFrom);
     s["description"] = JsonText(row.description);
+    s["notes"] = JsonText(row.notes);
     s["amount"] = render::JsonAmount(row.amount);
+    s["taxDeductible"] = row.taxDeductible;
+    Json splits = Json::array();
+    for (const auto& line : row.splits) {
+      Json item = Json::object();
+      item["category"] = JsonText(line.category);
+      item["description"] = JsonText(line.description);
+      item["amount"] = render::JsonAmount(line.amount);
+      splits.push_back(std::move(item));
+    }
+    s["splits"] = std::move(splits);
+    s["transferTo"] = row.transferTo.empty() ? Json(nullptr) : JsonText(row.transferTo);
     schedules.push_back(std::move(s));
   }
   Json document = Json::object();
@@ -130,6 +143,7 @@ void PrintDueJson(Context& context, std::int32_t date, const std::vector<DueOccu
     row["toFrom"] = JsonText(d.toFrom);
     row["description"] = JsonText(d.description);
     row["amount"] = render::JsonAmount(d.amount);
+    row["transferTo"] = d.transferTo.empty() ? Json(nullptr) : JsonText(d.transferTo);
     rows.push_back(std::move(row));
   }
   Json document = Json::object();
@@ -183,103 +197,313 @@ struct EnterOptions {
   std::string account;
   std::int32_t number = 0;
   std::string date;
+  bool json = false;
 };
 
 int Enter(Context& context, const EnterOptions& options) {
   std::optional<std::int32_t> date;
   if (std::int32_t day = 0; ParseDateNumber(options.date, day)) date = day;
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto entered = EnterOccurrence(*book, options.account, options.number, date);
-  PrintWarnings(context, *book);
-  if (!entered) return Fail(context, entered.error());
-  if (!SaveBook(context, *book)) return 1;
-  const EnteredOccurrence& e = *entered;
-  std::ostringstream out;
-  out << "Entered schedule " << e.schedule << " of \"" << e.account->GetName() << "\" on "
-      << FormatIsoDate(e.date) << " as entry " << e.entry;
-  if (e.checkNumber) out << " (check " << *e.checkNumber << ")";
-  out << ": " << render::AmountWriter(*e.account->currency()).Text(e.amount);
-  if (!e.toFrom.empty()) out << " " << e.toFrom;
-  out << "\nNext: " << (e.next ? FormatIsoDate(*e.next) : "none") << '\n';
-  Write(context, out.str());
-  return 0;
+  return ChangeBook(
+      context,
+      [&](Book& book) { return EnterOccurrence(book, options.account, options.number, date); },
+      [&](const EnteredOccurrence& e) {
+        if (options.json) {
+          render::Json document = render::Json::object();
+          document["account"] = render::JsonText(e.account->GetName());
+          document["schedule"] = e.schedule;
+          document["entry"] = e.entry;
+          document["checkNumber"] = e.checkNumber ? render::Json(*e.checkNumber) : nullptr;
+          document["date"] = FormatIsoDate(e.date);
+          document["amount"] = render::JsonAmount(e.amount);
+          document["toFrom"] = render::JsonText(e.toFrom);
+          document["next"] = DateOrNull(e.next);
+          document["linked"] = LinkedJson(e.linked);
+          render::WriteJson(context.out, document);
+          return;
+        }
+        std::ostringstream out;
+        out << "Entered schedule " << e.schedule << " of \"" << e.account->GetName() << "\" on "
+            << FormatIsoDate(e.date) << " as entry " << e.entry;
+        if (e.checkNumber) out << " (check " << *e.checkNumber << ")";
+        out << ": " << render::AmountWriter(*e.account->currency()).Text(e.amount);
+        if (!e.toFrom.empty()) out << " " << e.toFrom;
+        out << "\n";
+        if (e.linked) {
+          out << "Entry " << e.linked->number << " of \"" << e.linked->account << "\" "
+              << e.linked->what << ".\n";
+        }
+        out << "Next: " << (e.next ? FormatIsoDate(*e.next) : "none") << '\n';
+        Write(context, out.str());
+      });
 }
 
-// ---- schedule remove ----
+// ---- schedule add, edit and remove ----
 
-int Remove(Context& context, const std::string& account, std::int32_t number) {
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto removed = RemoveSchedule(*book, account, number);
-  PrintWarnings(context, *book);
-  if (!removed) return Fail(context, removed.error());
-  if (!SaveBook(context, *book)) return 1;
-  context.out << "Removed schedule " << number << " from \"" << removed->account->GetName()
-              << "\": " << removed->rule << '\n';
-  return 0;
+void PrintScheduleChange(Context& context, const ScheduleChange& change, const char* verb,
+                         bool json) {
+  if (json) {
+    render::Json document = render::Json::object();
+    document["account"] = render::JsonText(change.account->GetName());
+    document["number"] = change.number;
+    document["rule"] = change.rule;
+    document["next"] = DateOrNull(change.next);
+    render::WriteJson(context.out, document);
+    return;
+  }
+  context.out << verb << " schedule " << change.number << " of \"" << change.account->GetName()
+              << "\": " << change.rule;
+  if (std::string_view(verb) != "Removed") context.out << "; next " << DateOrDash(change.next);
+  context.out << '\n';
 }
 
-// ---- schedule add ----
-
-struct AddOptions {
+struct RemoveOptions {
   std::string account;
-  std::vector<std::string> every;
-  std::string on;
-  std::string start;
-  std::string until;
-  std::int32_t times = 0;
-  std::string weekendShift = "none";
-  ScheduledEntry entry;
+  std::int32_t number = 0;
+  bool json = false;
 };
 
-// The recurrence the options give; a message when --every does not read.
-std::optional<std::string> ReadRecurrence(const AddOptions& o, Recurrence& r) {
-  // --every [N] UNIT, as two words or one ("2 weeks")
-  std::vector<std::string> words = o.every;
-  if (words.size() == 1) {
-    std::istringstream split(words[0]);
-    words.clear();
-    for (std::string word; split >> word;) words.push_back(word);
+int Remove(Context& context, const RemoveOptions& o) {
+  return ChangeBook(
+      context, [&](Book& book) { return RemoveSchedule(book, o.account, o.number); },
+      [&](const ScheduleChange& change) {
+        PrintScheduleChange(context, change, "Removed", o.json);
+      });
+}
+
+// The options of `schedule add` and `schedule edit`; a field is given when its option was.
+struct ScheduleOptions {
+  std::string account;
+  std::int32_t number = 0;
+  std::vector<std::string> every;
+  bool once = false;
+  std::string on, start, until;
+  std::int32_t times = 0;
+  bool forever = false;
+  std::string weekendShift = "none";
+  double amount = 0.0, debit = 0.0, deposit = 0.0, toAmount = 0.0;
+  bool check = false, noCheck = false;
+  std::string toFrom, description, type, category, notes, transferTo;
+  std::vector<std::string> splits;
+  bool taxDeductible = false, notTaxDeductible = false, noTransfer = false, newCategory = false;
+  bool json = false;
+  CLI::Option *everyOption = nullptr, *onOption = nullptr, *startOption = nullptr,
+              *untilOption = nullptr, *timesOption = nullptr, *shiftOption = nullptr,
+              *amountOption = nullptr, *debitOption = nullptr, *depositOption = nullptr,
+              *toFromOption = nullptr, *descriptionOption = nullptr, *typeOption = nullptr,
+              *categoryOption = nullptr, *notesOption = nullptr, *splitOption = nullptr,
+              *transferOption = nullptr, *toAmountOption = nullptr;
+};
+
+void AddScheduleOptions(CLI::App* command, ScheduleOptions& o, bool edit) {
+  command->add_option("ACCOUNT", o.account, "Name or number of the account")->required();
+  if (edit) command->add_option("NUMBER", o.number, "Number of the schedule")->required();
+  o.everyOption = command->add_option("--every", o.every, "[N] day|week|month|quarter|year")
+                      ->expected(1, 2);
+  auto* once = command->add_flag("--once", o.once, "A single occurrence on the start day");
+  once->excludes(o.everyOption);
+  o.onOption = command->add_option("--on", o.on,
+                                   "Weekday (week), day of the month or \"last\" (month, "
+                                   "quarter), MM-DD (year); the start moves to the first such day");
+  o.startOption = command->add_option("--start", o.start, "First possible day (YYYY-MM-DD)")
+                      ->check(IsoDate());
+  o.untilOption =
+      command->add_option("--until", o.until, "Last possible day (YYYY-MM-DD)")->check(IsoDate());
+  o.timesOption = command->add_option("--times", o.times, "Number of occurrences in all")
+                      ->check(CLI::PositiveNumber);
+  o.untilOption->excludes(o.timesOption);
+  if (edit) {
+    command->add_flag("--forever", o.forever, "No end")
+        ->excludes(o.untilOption)
+        ->excludes(o.timesOption);
   }
-  if (words.size() == 2) {
-    const std::string& count = words[0];
-    const auto read = std::from_chars(count.data(), count.data() + count.size(), r.every);
-    if (read.ec != std::errc() || read.ptr != count.data() + count.size() || r.every < 1) {
-      return "--every: \"" + count + "\" is not a count of 1 or more";
+  o.shiftOption = command
+                      ->add_option("--weekend-shift", o.weekendShift,
+                                   "before: move a weekend occurrence to the Friday before; none")
+                      ->check(CLI::IsMember({"before", "none"}));
+  o.amountOption = command
+                       ->add_option("--amount", o.amount,
+                                    "Amount, negative for money leaving the account")
+                       ->transform(AmountValue());
+  o.debitOption = command->add_option("--debit", o.debit, "Money leaving the account (positive)")
+                      ->transform(AmountValue());
+  o.depositOption = command->add_option("--deposit", o.deposit, "Money coming in (positive)")
+                        ->transform(AmountValue());
+  o.amountOption->excludes(o.debitOption)->excludes(o.depositOption);
+  o.debitOption->excludes(o.depositOption);
+  auto* check = command->add_flag("--check", o.check, "Each occurrence is a check");
+  if (edit) command->add_flag("--no-check", o.noCheck, "Not a check")->excludes(check);
+  o.toFromOption = command->add_option("--to,--from,--to-from", o.toFrom, "Payee or payer");
+  o.descriptionOption = command->add_option("--description", o.description, "Description");
+  o.typeOption = command->add_option("--type", o.type, "One of the account's entry types");
+  o.categoryOption =
+      command->add_option("--category", o.category, "Category, by its full name (Parent:Child)");
+  o.notesOption = command->add_option("--notes", o.notes, "Notes");
+  o.splitOption = command
+                      ->add_option("--split", o.splits,
+                                   "A line item CATEGORY=AMOUNT[:DESCRIPTION], repeated; the "
+                                   "amount is their total")
+                      ->check(SplitValue());
+  command->add_flag("--tax-deductible", o.taxDeductible, "Tax-deductible");
+  if (edit) {
+    command->add_flag("--not-tax-deductible", o.notTaxDeductible, "Not tax-deductible")
+        ->excludes("--tax-deductible");
+  }
+  command->add_flag("--new-category", o.newCategory, "Create the category if it is new");
+  o.transferOption = command->add_option(
+      "--transfer-to", o.transferTo,
+      "A transfer to this account: each occurrence makes the linked pair, the amount leaving");
+  o.toAmountOption = command
+                         ->add_option("--to-amount", o.toAmount,
+                                      "What the other account receives, between currencies")
+                         ->transform(AmountValue());
+  if (edit) {
+    command->add_flag("--no-transfer", o.noTransfer, "No longer a transfer")
+        ->excludes(o.transferOption)
+        ->excludes(o.toAmountOption);
+  }
+  command->add_flag("--json", o.json, "Print JSON");
+}
+
+// Whether any option of the recurrence was given.
+bool RecurrenceGiven(const ScheduleOptions& o) {
+  for (const CLI::Option* option :
+       {o.everyOption, o.onOption, o.startOption, o.untilOption, o.timesOption, o.shiftOption}) {
+    if (option->count() > 0) return true;
+  }
+  return o.once || o.forever;
+}
+
+// The recurrence the options give over `r`; a message when --every does not read.
+std::optional<std::string> ReadRecurrence(const ScheduleOptions& o, Recurrence& r) {
+  if (o.everyOption->count() > 0) {
+    // --every [N] UNIT, as two words or one ("2 weeks")
+    std::vector<std::string> words = o.every;
+    if (words.size() == 1) {
+      std::istringstream split(words[0]);
+      words.clear();
+      for (std::string word; split >> word;) words.push_back(word);
+    }
+    r.every = 1;
+    if (words.size() == 2) {
+      const std::string& count = words[0];
+      const auto read = std::from_chars(count.data(), count.data() + count.size(), r.every);
+      if (read.ec != std::errc() || read.ptr != count.data() + count.size() || r.every < 1) {
+        return "--every: \"" + count + "\" is not a count of 1 or more";
+      }
+    }
+    if (words.size() == 1 || words.size() == 2) r.unit = words.back();
+    if (r.unit == "once") r.unit.clear();  // --once says it
+  }
+  if (o.once) {
+    r = Recurrence{1, "once", {}, r.start, std::nullopt, 0, false};
+  } else if (r.unit == "once") {
+    if (o.everyOption->count() == 0) {
+      return "a one-time schedule repeats only with --every [N] UNIT";
     }
   }
-  if (words.size() == 1 || words.size() == 2) r.unit = words.back();
-  r.on = o.on;
-  ParseDateNumber(o.start, r.start);  // checked when read
-  if (std::int32_t until = 0; ParseDateNumber(o.until, until)) r.until = until;
-  r.times = o.times;
-  r.weekendsBefore = o.weekendShift == "before";
+  if (o.onOption->count() > 0) r.on = o.on;
+  ParseDateNumber(o.start, r.start);  // checked when read; unchanged when not given
+  if (o.untilOption->count() > 0) {
+    std::int32_t until = 0;
+    ParseDateNumber(o.until, until);
+    r.until = until;
+    r.times = 0;
+  }
+  if (o.timesOption->count() > 0) {
+    r.times = o.times;
+    r.until.reset();
+  }
+  if (o.forever) {
+    r.until.reset();
+    r.times = 0;
+  }
+  if (o.shiftOption->count() > 0) r.weekendsBefore = o.weekendShift == "before";
   return std::nullopt;
 }
 
-int Add(Context& context, const AddOptions& o) {
+ScheduledEntry ReadScheduledEntry(const ScheduleOptions& o) {
+  ScheduledEntry entry;
+  EntryFields& f = entry.fields;
+  if (o.amountOption->count() > 0) f.amount = o.amount;
+  if (o.debitOption->count() > 0) f.amount = -o.debit;
+  if (o.depositOption->count() > 0) f.amount = o.deposit;
+  if (o.check) f.check = true;
+  if (o.noCheck) f.check = false;
+  if (o.toFromOption->count() > 0) f.toFrom = o.toFrom;
+  if (o.descriptionOption->count() > 0) f.description = o.description;
+  if (o.typeOption->count() > 0) f.type = o.type;
+  if (o.categoryOption->count() > 0) f.category = o.category;
+  if (o.notesOption->count() > 0) f.notes = o.notes;
+  if (o.taxDeductible) f.taxDeductible = true;
+  if (o.notTaxDeductible) f.taxDeductible = false;
+  if (o.splitOption->count() > 0) {
+    f.splits.emplace();
+    for (const std::string& text : o.splits) {
+      std::string problem;
+      f.splits->push_back(*ReadSplit(text, &problem));  // checked when read
+    }
+  }
+  entry.newCategory = o.newCategory;
+  if (o.transferOption->count() > 0) entry.transferTo = o.transferTo;
+  if (o.noTransfer) entry.transferTo = std::string();
+  if (o.toAmountOption->count() > 0) entry.toAmount = o.toAmount;
+  return entry;
+}
+
+std::optional<std::string> BadAmounts(const ScheduleOptions& o) {
+  if (o.debitOption->count() > 0 && o.debit < 0) return "--debit takes a positive amount";
+  if (o.depositOption->count() > 0 && o.deposit < 0) return "--deposit takes a positive amount";
+  return std::nullopt;
+}
+
+int Add(Context& context, const ScheduleOptions& o) {
+  if (auto bad = BadAmounts(o)) return UsageError(context, *bad);
+  if (o.everyOption->count() == 0 && !o.once) {
+    return UsageError(context, "schedule add needs --every [N] UNIT or --once");
+  }
+  if (o.startOption->count() == 0) return UsageError(context, "schedule add needs --start DATE");
+  if (o.amountOption->count() + o.debitOption->count() + o.depositOption->count() +
+          o.splitOption->count() ==
+      0) {
+    return UsageError(context, "schedule add needs --amount, --debit, --deposit or --split");
+  }
   Recurrence recurrence;
   if (auto bad = ReadRecurrence(o, recurrence)) return UsageError(context, *bad);
   if (auto built = BuildSchedule(recurrence); !built) {
     return UsageError(context, built.error().message);
   }
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto added = AddSchedule(*book, o.account, recurrence, o.entry);
-  PrintWarnings(context, *book);
-  if (!added) return Fail(context, added.error());
-  if (!SaveBook(context, *book)) return 1;
-  context.out << "Added schedule " << added->number << " to \"" << added->account->GetName()
-              << "\": " << added->rule << "; next " << DateOrDash(added->next) << '\n';
-  return 0;
+  return ChangeBook(
+      context,
+      [&](Book& book) { return AddSchedule(book, o.account, recurrence, ReadScheduledEntry(o)); },
+      [&](const ScheduleChange& change) { PrintScheduleChange(context, change, "Added", o.json); });
+}
+
+int Edit(Context& context, const ScheduleOptions& o) {
+  if (auto bad = BadAmounts(o)) return UsageError(context, *bad);
+  return ChangeBook(
+      context,
+      [&](Book& book) -> BookResult<ScheduleChange> {
+        std::optional<Recurrence> recurrence;
+        if (RecurrenceGiven(o)) {
+          auto stored = ScheduleRecurrence(book, o.account, o.number);
+          if (!stored) return Unexpected{stored.error()};
+          recurrence = *stored;
+          if (auto bad = ReadRecurrence(o, *recurrence)) {
+            return Unexpected{BookError::Of(BookError::Kind::kInvalid, *bad)};
+          }
+        }
+        return EditSchedule(book, o.account, o.number, recurrence, ReadScheduledEntry(o));
+      },
+      [&](const ScheduleChange& change) {
+        PrintScheduleChange(context, change, "Changed", o.json);
+      });
 }
 
 }  // namespace
 
 void RegisterScheduleCommand(CLI::App& app, Context& context, CommandList& actions) {
   CLI::App* schedule =
-      app.add_subcommand("schedule", "List, add, enter and remove recurring entries");
+      app.add_subcommand("schedule", "List, add, edit, enter and remove recurring entries");
   schedule->require_subcommand(1);
 
   {
@@ -309,47 +533,30 @@ void RegisterScheduleCommand(CLI::App& app, Context& context, CommandList& actio
         ->add_option("--date", options->date,
                      "The occurrence on this day (default: the earliest one due today)")
         ->check(IsoDate());
+    enter->add_flag("--json", options->json, "Print JSON");
     actions.emplace_back(enter, [&context, options]() { return Enter(context, *options); });
   }
   {
-    auto account = std::make_shared<std::string>();
-    auto number = std::make_shared<std::int32_t>(0);
+    auto o = std::make_shared<RemoveOptions>();
     CLI::App* remove = schedule->add_subcommand(
         "remove", "Remove a schedule (occurrences already entered stay in the register)");
-    remove->add_option("ACCOUNT", *account, "Name or number of the account")->required();
-    remove->add_option("NUMBER", *number, "Number of the schedule")->required();
-    actions.emplace_back(
-        remove, [&context, account, number]() { return Remove(context, *account, *number); });
+    remove->add_option("ACCOUNT", o->account, "Name or number of the account")->required();
+    remove->add_option("NUMBER", o->number, "Number of the schedule")->required();
+    remove->add_flag("--json", o->json, "Print JSON");
+    actions.emplace_back(remove, [&context, o]() { return Remove(context, *o); });
   }
   {
-    auto o = std::make_shared<AddOptions>();
-    CLI::App* add = schedule->add_subcommand("add", "Add a recurring entry");
-    add->add_option("ACCOUNT", o->account, "Name or number of the account")->required();
-    add->add_option("--every", o->every, "[N] day|week|month|quarter|year")
-        ->required()
-        ->expected(1, 2);
-    add->add_option("--on", o->on,
-                    "Weekday (week), day of the month or \"last\" (month, quarter), MM-DD "
-                    "(year); the start moves to the first such day");
-    add->add_option("--start", o->start, "First possible day (YYYY-MM-DD)")
-        ->required()
-        ->check(IsoDate());
-    add->add_option("--amount", o->entry.amount, "Amount, negative for money leaving the account")
-        ->transform(AmountValue())
-        ->required();
-    add->add_option("--to-from", o->entry.toFrom, "Payee or payer");
-    add->add_option("--description", o->entry.description, "Description");
-    add->add_option("--type", o->entry.type, "Entry type name (a check type makes checks)");
-    add->add_option("--category", o->entry.category, "Full category name (Parent:Child)");
-    auto* until =
-        add->add_option("--until", o->until, "Last possible day (YYYY-MM-DD)")->check(IsoDate());
-    auto* times = add->add_option("--times", o->times, "Number of occurrences in all")
-                      ->check(CLI::PositiveNumber);
-    until->excludes(times);
-    add->add_option("--weekend-shift", o->weekendShift,
-                    "before: move a weekend occurrence to the Friday before; none (default)")
-        ->check(CLI::IsMember({"before", "none"}));
+    auto o = std::make_shared<ScheduleOptions>();
+    CLI::App* add = schedule->add_subcommand("add", "Add a recurring or one-time entry");
+    AddScheduleOptions(add, *o, false);
     actions.emplace_back(add, [&context, o]() { return Add(context, *o); });
+  }
+  {
+    auto o = std::make_shared<ScheduleOptions>();
+    CLI::App* edit = schedule->add_subcommand(
+        "edit", "Change a schedule's recurrence or entry fields (entered occurrences stay)");
+    AddScheduleOptions(edit, *o, true);
+    actions.emplace_back(edit, [&context, o]() { return Edit(context, *o); });
   }
 }
 

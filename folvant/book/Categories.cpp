@@ -229,8 +229,7 @@ BookResult<CategoryChange> RemoveCategory(Book& book, std::string_view fullName,
   if (uses > 0 && !target) {
     return Unexpected{BookError::Of(Kind::kInvalid, Quote(category->fullName()) + " is in use (" +
                                                         where +
-                                                        "); name the category its uses move to "
-                                                        "(reassign them)")};
+                                                        "); name the category its uses move to")};
   }
   for (const auto& account : users) {
     ForEachCategoryUse(*account, [number, &target](std::int32_t& n) {

@@ -5,6 +5,7 @@
 
 #include "folvant/book/Book.h"
 #include "folvant/book/Names.h"
+#include "folvant/book/Reconcile.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntry.h"
 #include "folvant/model/ZELMAccountEntryCategory.h"
@@ -297,10 +298,10 @@ const ZELMAccountEntry* Remembered(const ZELMAccount& account, std::string_view 
   return latest;
 }
 
-// `existing` is the entry being edited, nullptr when adding.
+// `existing` is the entry (or schedule) being edited, nullptr when adding; `name` names it.
 BookResult<Plan> Prepare(const Book& book, const ZELMAccount& account,
                          const ZELMAccountEntry* existing, const EntryFields& f,
-                         const EntryOptions& options) {
+                         const EntryOptions& options, const std::string& name = {}) {
   Plan plan;
   plan.date = f.date;
   if (f.date && *f.date <= 0) return Invalid("the date must be a day");
@@ -336,7 +337,7 @@ BookResult<Plan> Prepare(const Book& book, const ZELMAccount& account,
     plan.splits = std::move(items);
   } else if (f.amount) {
     if (existing != nullptr && !existing->splitLineItems().empty()) {
-      return Invalid(EntryName(account, existing->GetNumber()) +
+      return Invalid((name.empty() ? EntryName(account, existing->GetNumber()) : name) +
                      " is split: its amount is the total of its line items; give them anew");
     }
     plan.amount = f.amount;
@@ -507,12 +508,16 @@ BookResult<ResolveChange> SetResolved(Book& book, std::string_view name,
   }
   ResolveChange change{*account, {}, {}, {}, 0.0};
   for (const auto& e : entries) {
-    if ((e->GetCleared() != 0) == resolved) {
-      change.already.push_back(e->GetNumber());
-      continue;
-    }
+    ((e->GetCleared() != 0) == resolved ? change.already : change.changed).push_back(e->GetNumber());
+  }
+  const std::vector<std::int32_t> none;
+  if (auto failed = NoteResolvedMarks(book, a, resolved ? change.changed : none,
+                                      resolved ? none : change.changed)) {
+    return Unexpected{*failed};
+  }
+  for (const auto& e : entries) {
+    if ((e->GetCleared() != 0) == resolved) continue;
     e->SetCleared(resolved ? 1 : 0);
-    change.changed.push_back(e->GetNumber());
     if (e->IsLinked()) {
       std::string other = "account " + std::to_string(e->GetLinkedAccount());
       if (auto linked = book.AccountWithNumber(e->GetLinkedAccount())) other = (*linked)->GetName();
@@ -538,8 +543,11 @@ BookResult<EntryChange> AddEntry(Book& book, std::string_view name, const EntryF
       plan->remembered.empty() ? nullptr : Remembered(a, *f.toFrom, plan->debit);
 
   auto e = std::make_shared<ZELMAccountEntry>();
-  Apply(book, *plan, f, remembered, *e);
   e->SetNumber(a.NextAvailableNumber());
+  if (f.resolved && *f.resolved) {
+    if (auto failed = NoteResolvedMarks(book, a, {e->GetNumber()}, {})) return Unexpected{*failed};
+  }
+  Apply(book, *plan, f, remembered, *e);
   a.AddEntry(e);
   EntryChange change{*account, Describe(book, a, *e), plan->remembered, std::nullopt,
                      a.GetBalance()};
@@ -559,6 +567,13 @@ BookResult<EntryChange> EditEntry(Book& book, std::string_view name, std::int32_
   if (!plan) return Unexpected{plan.error()};
   auto side = OtherSideToChange(book, **e);
   if (!side) return Unexpected{side.error()};
+  if (fields.resolved && *fields.resolved != ((*e)->GetCleared() != 0)) {
+    std::vector<std::int32_t> one{number}, none;
+    if (auto failed = NoteResolvedMarks(book, a, *fields.resolved ? one : none,
+                                        *fields.resolved ? none : one)) {
+      return Unexpected{*failed};
+    }
+  }
 
   Apply(book, *plan, fields, nullptr, **e);
   if (*side && (*side)->account && (plan->amount || plan->splits)) {
@@ -617,6 +632,47 @@ BookResult<ResolveChange> UnresolveEntries(Book& book, std::string_view account,
   return SetResolved(book, account, numbers, false);
 }
 
+BookResult<double> AmountReceived(const ZELMAccount& a, const ZELMAccount& b, double amount,
+                                  std::optional<double> toAmount) {
+  const auto positive = [](double x) { return std::isfinite(x) && x > 0 && x <= kLargestAmount; };
+  if (!positive(amount) || RoundAmount(amount) == 0.0) {
+    return Invalid("a transfer's amount must be more than 0");
+  }
+  const bool exchange = a.currency() != b.currency();
+  if (toAmount) {
+    if (!exchange) {
+      return Invalid(Quote(a.GetName()) + " and " + Quote(b.GetName()) +
+                     " use the same currency: the amount received is the amount sent");
+    }
+    if (!positive(*toAmount) || RoundAmount(*toAmount) == 0.0) {
+      return Invalid("the amount received must be more than 0");
+    }
+    return RoundAmount(*toAmount);
+  }
+  if (!exchange) return RoundAmount(amount);
+  const double received = RoundAmount(a.currency()->convertAmount(amount, b.currency().get()));
+  if (!std::isfinite(received) || received <= 0 || received > kLargestAmount) {
+    return Invalid("the currencies' rates give no amount to receive; give it");
+  }
+  return received;
+}
+
+std::shared_ptr<ZELMAccountEntry> LinkTransfer(ZELMAccount& b, ZELMAccountEntry& debit,
+                                               double received) {
+  auto deposit = std::make_shared<ZELMAccountEntry>();
+  if (auto t = TypeNamed(b, "Transfer", false)) deposit->SetType(t->GetNumber());
+  deposit->SetNumber(b.NextAvailableNumber());
+  b.AddEntry(deposit);
+  const ZELMAccount* a = debit.GetAccount();
+  const bool exchange = a == nullptr || a->currency() != b.currency();
+  debit.SetIsLinked(true);
+  debit.SetLinkedEntry(deposit->GetNumber());
+  debit.SetLinkedAccount(b.GetNumber());
+  debit.SetLinkedExchangedAmount(exchange ? -received : 0.0);
+  debit.syncToEntry(*deposit);
+  return deposit;
+}
+
 BookResult<TransferChange> Transfer(Book& book, const TransferRequest& r) {
   auto from = book.AccountToChange(r.from);
   if (!from) return Unexpected{from.error()};
@@ -625,27 +681,8 @@ BookResult<TransferChange> Transfer(Book& book, const TransferRequest& r) {
   ZELMAccount& a = **from;
   ZELMAccount& b = **to;
   if (&a == &b) return Invalid("a transfer needs two different accounts");
-  const auto positive = [](double x) { return std::isfinite(x) && x > 0 && x <= kLargestAmount; };
-  if (!positive(r.amount) || RoundAmount(r.amount) == 0.0) {
-    return Invalid("a transfer's amount must be more than 0");
-  }
-  const bool exchange = a.currency() != b.currency();
-  double received = RoundAmount(r.amount);
-  if (r.toAmount) {
-    if (!exchange) {
-      return Invalid(Quote(a.GetName()) + " and " + Quote(b.GetName()) +
-                     " use the same currency: the amount received is the amount sent");
-    }
-    if (!positive(*r.toAmount) || RoundAmount(*r.toAmount) == 0.0) {
-      return Invalid("the amount received must be more than 0");
-    }
-    received = RoundAmount(*r.toAmount);
-  } else if (exchange) {
-    received = RoundAmount(a.currency()->convertAmount(r.amount, b.currency().get()));
-    if (!std::isfinite(received) || received <= 0 || received > kLargestAmount) {
-      return Invalid("the currencies' rates give no amount to receive; give it");
-    }
-  }
+  auto received = AmountReceived(a, b, r.amount, r.toAmount);
+  if (!received) return Unexpected{received.error()};
   const std::int32_t date = r.date.value_or(platform::Today());
   if (date <= 0) return Invalid("the date must be a day");
 
@@ -658,20 +695,25 @@ BookResult<TransferChange> Transfer(Book& book, const TransferRequest& r) {
   if (auto t = TypeNamed(a, "Transfer", true)) debit->SetType(t->GetNumber());
   debit->SetNumber(a.NextAvailableNumber());
   a.AddEntry(debit);
-
-  auto deposit = std::make_shared<ZELMAccountEntry>();
-  if (auto t = TypeNamed(b, "Transfer", false)) deposit->SetType(t->GetNumber());
-  deposit->SetNumber(b.NextAvailableNumber());
-  b.AddEntry(deposit);
-
-  debit->SetIsLinked(true);
-  debit->SetLinkedEntry(deposit->GetNumber());
-  debit->SetLinkedAccount(b.GetNumber());
-  debit->SetLinkedExchangedAmount(exchange ? -received : 0.0);
-  debit->syncToEntry(*deposit);
+  auto deposit = LinkTransfer(b, *debit, *received);
   return TransferChange{
       *from,          *to,           Describe(book, a, *debit), Describe(book, b, *deposit),
       a.GetBalance(), b.GetBalance()};
+}
+
+std::optional<BookError> ApplyToTemplate(Book& book, const ZELMAccount& account,
+                                         ZELMAccountEntry& target, bool adding,
+                                         const EntryFields& fields, const std::string& name,
+                                         bool newCategory) {
+  EntryOptions options;
+  options.newCategory = newCategory;
+  options.noMemory = true;
+  options.allowDuplicateCheck = true;
+  auto plan = Prepare(book, account, adding ? nullptr : &target, fields, options, name);
+  if (!plan) return plan.error();
+  Apply(book, *plan, fields, nullptr, target);
+  target.SetCheckNumber(-1);
+  return std::nullopt;
 }
 
 BookResult<SuggestionList> Suggestions(Book& book, std::string_view name, std::string_view which,

@@ -13,6 +13,7 @@ namespace folvant {
 
 class Book;
 class ZELMAccount;
+class ZELMAccountEntry;
 
 // One split line item as a person gives it.
 struct SplitFields {
@@ -135,6 +136,23 @@ struct TransferChange {
   double fromBalance = 0.0, toBalance = 0.0;
 };
 BookResult<TransferChange> Transfer(Book& book, const TransferRequest& request);
+
+// What `to` receives when `amount` (positive) leaves `from`: the amount itself between accounts
+// of one currency, else `toAmount` when given or the amount converted with the rates.
+BookResult<double> AmountReceived(const ZELMAccount& from, const ZELMAccount& to, double amount,
+                                  std::optional<double> toAmount);
+// Makes the deposit of `received` in `to` for a debit already in its own account's register,
+// and links the two; returns the deposit.
+std::shared_ptr<ZELMAccountEntry> LinkTransfer(ZELMAccount& to, ZELMAccountEntry& debit,
+                                               double received);
+
+// Sets the fields on an entry that is not in a register (a schedule's template) as adding it
+// (`adding`) or editing it would, with the same refusals; `name` names it in messages. A check
+// gets no number here. Categories are created only when `newCategory` allows it.
+std::optional<BookError> ApplyToTemplate(Book& book, const ZELMAccount& account,
+                                         ZELMAccountEntry& target, bool adding,
+                                         const EntryFields& fields, const std::string& name,
+                                         bool newCategory);
 
 // The account's preferred suggestion lists ("to": payees of debits, "from": payers of deposits,
 // "description": descriptions of both), those starting with `prefix` ignoring case.

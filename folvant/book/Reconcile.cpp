@@ -305,6 +305,25 @@ BookResult<std::size_t> UntickEntries(Book& book, std::string_view name,
   return changed;
 }
 
+std::optional<BookError> NoteResolvedMarks(Book& book, const ZELMAccount& account,
+                                           const std::vector<std::int32_t>& resolved,
+                                           const std::vector<std::int32_t>& unresolved) {
+  if (resolved.empty() && unresolved.empty()) return std::nullopt;
+  auto records = ReadRecords(book, account);
+  if (!records) return records.error();
+  bool changed = false;
+  for (std::int32_t number : resolved) {
+    if (std::find(records->pending.begin(), records->pending.end(), number) ==
+        records->pending.end()) {
+      records->pending.push_back(number);
+      changed = true;
+    }
+  }
+  for (std::int32_t number : unresolved) changed = std::erase(records->pending, number) > 0 || changed;
+  if (!changed) return std::nullopt;
+  return StageRecords(book, account, *records);
+}
+
 BookResult<ReconciliationRecord> FinishReconciliation(Book& book, std::string_view name,
                                                       const Statement& statement) {
   if (auto bad = CheckStatement(statement)) return Unexpected{*bad};

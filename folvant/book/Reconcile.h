@@ -88,6 +88,12 @@ BookResult<std::size_t> TickEntries(Book& book, std::string_view account,
 BookResult<std::size_t> UntickEntries(Book& book, std::string_view account,
                                          const std::vector<std::int32_t>& numbers);
 
+// Remembers entries resolved or unresolved outside a reconciliation run (an entry resolved by
+// hand), so that the next reconciliation to finish records them and its undo takes them back.
+std::optional<BookError> NoteResolvedMarks(Book& book, const ZELMAccount& account,
+                                           const std::vector<std::int32_t>& resolved,
+                                           const std::vector<std::int32_t>& unresolved);
+
 // Records the reconciliation when the difference is 0, with the entries resolved since the last
 // one; refused otherwise, saying by how much it is off.
 BookResult<ReconciliationRecord> FinishReconciliation(Book& book, std::string_view account,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <functional>
 
 #include "folvant/book/Book.h"
@@ -33,6 +34,11 @@ Unexpected<BookError> Invalid(std::string message) {
 }
 
 std::optional<std::int32_t> Next(const ZELMAccountSchedule& s) {
+  // A one-time schedule reports no next date of its own; its day is the next until entered.
+  if (s.GetRepeatIntervalType() == sc::kRepeatOnce) {
+    if (!s.GetCommittedDates().empty()) return std::nullopt;
+    return s.GetDate();
+  }
   const std::int32_t next = s.NextEntryDate();
   return next < 0 ? std::nullopt : std::optional<std::int32_t>(next);
 }
@@ -69,6 +75,7 @@ bool ParseInt(std::string_view text, std::int32_t& value) {
 std::string Unit(std::string_view text) {
   std::string unit = platform::AsciiLower(text);
   if (unit.size() > 1 && unit.back() == 's') unit.pop_back();
+  if (unit == "once") return unit;
   for (const char* known : {"day", "week", "month", "quarter", "year"}) {
     if (unit == known) return unit;
   }
@@ -118,6 +125,83 @@ BookResult<std::shared_ptr<ZELMAccountEntry>> Occurrence(const ZELMAccountSchedu
   return Invalid(FormatIsoDate(*date) + " is not a date of " + which + " (" + RuleInWords(s) + ")");
 }
 
+// The name of a transfer schedule's other account; empty for a schedule that is no transfer.
+std::string TransferName(Book& book, const ZELMAccountSchedule& s) {
+  if (!s.IsLinked()) return {};
+  if (auto other = book.AccountWithNumber(s.GetLinkedAccount())) return (*other)->GetName();
+  return "account " + std::to_string(s.GetLinkedAccount());
+}
+
+// Sets the template fields of a schedule being added or edited, with its transfer link; a
+// refusal changes nothing.
+std::optional<BookError> SetEntryFields(Book& book, ZELMAccount& a, ZELMAccountSchedule& s,
+                                        bool adding, const ScheduledEntry& entry) {
+  const std::string which = "schedule " + std::to_string(s.GetNumber()) + " of \"" + a.GetName() + "\"";
+  EntryFields fields = entry.fields;
+  fields.date.reset();
+  fields.checkNumber.reset();
+  fields.resolved.reset();
+
+  // The transfer link it will have: none, the one it has, or a new one.
+  std::shared_ptr<ZELMAccount> other;
+  const bool unlink = entry.transferTo && entry.transferTo->empty();
+  if (entry.transferTo && !entry.transferTo->empty()) {
+    auto found = book.FindAccount(*entry.transferTo);
+    if (!found) return found.error();
+    other = *found;
+    if (other.get() == &a) return BookError::Of(Kind::kInvalid, "a transfer needs two different accounts");
+  } else if (!adding && !unlink && s.IsLinked()) {
+    if (auto found = book.AccountWithNumber(s.GetLinkedAccount())) other = *found;
+  }
+  const bool transfer = other != nullptr || (!adding && !unlink && s.IsLinked());
+  if (entry.toAmount && !transfer) {
+    return BookError::Of(Kind::kInvalid, "--to-amount is for a transfer schedule (--transfer-to)");
+  }
+  if (transfer) {
+    if ((fields.splits && !fields.splits->empty()) ||
+        (!fields.splits && !s.splitLineItems().empty())) {
+      return BookError::Of(Kind::kInvalid, "a transfer schedule cannot be split");
+    }
+    // The amount leaves this account, whatever sign it was given with.
+    if (fields.amount) {
+      fields.amount = -std::fabs(*fields.amount);
+    } else if (!adding && s.GetAmount() > 0) {
+      fields.amount = -s.GetAmount();
+    }
+    if (other && (adding || entry.transferTo)) {
+      if (!fields.toFrom) fields.toFrom = other->GetName();
+      if (!fields.type) {
+        for (const auto& t : a.GetDebitTypes()) {
+          if (platform::CaseInsensitiveEqual(t->GetName(), "Transfer")) fields.type = t->GetName();
+        }
+      }
+    }
+  }
+  double exchanged = s.GetLinkedExchangedAmount();
+  if (other && (entry.toAmount || fields.amount)) {
+    const double amount = fields.amount ? -*fields.amount : -s.GetAmount();
+    auto received = AmountReceived(a, *other, amount, entry.toAmount);
+    if (!received) return received.error();
+    // Only an amount given to receive is kept; otherwise each occurrence converts at its rate.
+    exchanged = entry.toAmount ? -*received : 0.0;
+  }
+  if (auto refused = ApplyToTemplate(book, a, s, adding, fields, which, entry.newCategory)) {
+    return refused;
+  }
+  if (unlink) {
+    s.SetIsLinked(false);
+    s.SetLinkedAccount(-1);
+    s.SetLinkedEntry(-1);
+    s.SetLinkedExchangedAmount(0.0);
+  } else if (other) {
+    s.SetIsLinked(true);
+    s.SetLinkedAccount(other->GetNumber());
+    s.SetLinkedEntry(-1);
+    s.SetLinkedExchangedAmount(exchanged);
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 BookResult<std::shared_ptr<ZELMAccountSchedule>> BuildSchedule(const Recurrence& r) {
@@ -126,10 +210,15 @@ BookResult<std::shared_ptr<ZELMAccountSchedule>> BuildSchedule(const Recurrence&
   const std::int32_t n = r.every;
   if (n < 1) return Invalid("--every: \"" + std::to_string(n) + "\" is not a count of 1 or more");
   const std::string on = platform::AsciiLower(r.on);
+  if (r.start <= 0) return Invalid("--start: a schedule needs its first day");
   sc::Day start = sc::DayFromDateNumber(r.start);
   std::int32_t kind = sc::kRepeatOnce;
 
-  if (unit == "day") {
+  if (unit == "once") {
+    if (!on.empty() || r.until || r.times > 0 || r.weekendsBefore) {
+      return Invalid("a one-time schedule takes no --on, --until, --times or --weekend-shift");
+    }
+  } else if (unit == "day") {
     if (!on.empty()) return Invalid("--on does not apply to a daily schedule");
     // The daily kind never moves off a weekend; every N days does.
     kind = (n == 1 && !r.weekendsBefore) ? sc::kRepeatDaily : sc::kRepeatEveryNDays;
@@ -188,7 +277,9 @@ BookResult<std::shared_ptr<ZELMAccountSchedule>> BuildSchedule(const Recurrence&
   const std::int32_t start_number = sc::DateNumberFromDay(start);
 
   std::int32_t until_type = sc::kUntilForever, until = 0;
-  if (r.until) {
+  if (kind == sc::kRepeatOnce) {
+    // nothing ends a single occurrence
+  } else if (r.until) {
     if (*r.until < start_number) {
       return Invalid("--until " + FormatIsoDate(*r.until) + " is before the start " +
                      FormatIsoDate(start_number));
@@ -208,6 +299,36 @@ BookResult<std::shared_ptr<ZELMAccountSchedule>> BuildSchedule(const Recurrence&
   s->SetRepeatUntil(until);
   s->SetUsePrecedingFriday(r.weekendsBefore);
   return s;
+}
+
+Recurrence RecurrenceOf(const ZELMAccountSchedule& s) {
+  Recurrence r;
+  r.start = s.GetDate();
+  const std::int32_t n = std::max(1, s.GetRepeatInterval());
+  bool shifts = true;
+  switch (s.GetRepeatIntervalType()) {
+    case sc::kRepeatOnce: r.unit = "once", shifts = false; break;
+    case sc::kRepeatDaily: r.unit = "day", shifts = false; break;
+    case sc::kRepeatWeekly: r.unit = "week", shifts = false; break;
+    case sc::kRepeatEveryTwoWeeks: r.unit = "week", r.every = 2, shifts = false; break;
+    case sc::kRepeatMonthly: r.unit = "month"; break;
+    case sc::kRepeatYearly: r.unit = "year"; break;
+    case sc::kRepeatLastDayOfMonth: r.unit = "month", r.on = "last"; break;
+    case sc::kRepeatQuarterly: r.unit = "quarter"; break;
+    case sc::kRepeatLastDayOfQuarter: r.unit = "quarter", r.on = "last"; break;
+    case sc::kRepeatEveryNDays: r.unit = "day", r.every = n; break;
+    case sc::kRepeatEveryNWeeks: r.unit = "week", r.every = n, shifts = false; break;
+    case sc::kRepeatEveryNMonths: r.unit = "month", r.every = n; break;
+    case sc::kRepeatEveryNYears: r.unit = "year", r.every = n; break;
+    case sc::kRepeatEveryNQuarters: r.unit = "quarter", r.every = n; break;
+    default: break;
+  }
+  r.weekendsBefore = shifts && s.GetUsePrecedingFriday();
+  if (r.unit != "once") {
+    if (s.GetRepeatUntilType() == sc::kUntilDate) r.until = s.GetRepeatUntil();
+    if (s.GetRepeatUntilType() == sc::kUntilCount) r.times = std::max(1, s.GetRepeatUntil());
+  }
+  return r;
 }
 
 std::string RecurrenceInWords(const ZELMAccountSchedule& s) {
@@ -263,17 +384,42 @@ BookResult<ScheduleListing> ListSchedules(Book& book, std::string_view name) {
   auto account = book.FindAccount(name);
   if (!account) return Unexpected{account.error()};
   std::vector<std::shared_ptr<ZELMAccountSchedule>> schedules = (*account)->GetSchedules();
+  // By next date (a one-time schedule's day counts), those with none last, then by number.
   std::stable_sort(schedules.begin(), schedules.end(), [](const auto& a, const auto& b) {
-    return a->NextEntryDateIsGreaterThan(*b) < 0;
+    const auto x = Next(*a), y = Next(*b);
+    if (x.has_value() != y.has_value()) return x.has_value();
+    if (x != y) return *x < *y;
+    return a->GetNumber() < b->GetNumber();
   });
   ScheduleListing listing{*account, {}};
   for (const auto& s : schedules) {
-    listing.rows.push_back({s->GetNumber(), s->GetDate(), Next(*s), RuleInWords(*s),
-                            s->GetRepeatIntervalType(), s->GetRepeatInterval(),
-                            s->GetRepeatUntilType(), s->GetRepeatUntil(),
-                            s->GetUsePrecedingFriday(), s->GetCommittedDates().size(), s->IsCheck(),
-                            EntryTypeName(**account, *s), EntryCategoryName(**account, *s),
-                            s->GetToFrom(), s->GetDescription(), s->GetAmount()});
+    ScheduleRow row;
+    row.number = s->GetNumber();
+    row.start = s->GetDate();
+    row.next = Next(*s);
+    row.rule = RuleInWords(*s);
+    row.recurrence = RecurrenceOf(*s);
+    row.kind = s->GetRepeatIntervalType();
+    row.interval = s->GetRepeatInterval();
+    row.untilType = s->GetRepeatUntilType();
+    row.until = s->GetRepeatUntil();
+    row.weekendsBefore = s->GetUsePrecedingFriday();
+    row.committed = s->GetCommittedDates().size();
+    row.check = s->IsCheck();
+    row.type = EntryTypeName(**account, *s);
+    row.category = EntryCategoryName(**account, *s);
+    row.toFrom = s->GetToFrom();
+    row.description = s->GetDescription();
+    row.notes = s->GetNotes();
+    row.amount = s->GetAmount();
+    row.taxDeductible = s->GetTaxDeductible();
+    for (const auto& item : s->splitLineItems()) {
+      auto c = (*account)->accountEntryCategoryForNumber(item->category());
+      row.splits.push_back(
+          {c ? c->fullName() : std::string(), item->description(), item->toFrom(), item->amount()});
+    }
+    row.transferTo = TransferName(book, *s);
+    listing.rows.push_back(std::move(row));
   }
   return listing;
 }
@@ -297,7 +443,7 @@ BookResult<std::vector<DueOccurrence>> DueOccurrences(Book& book,
       for (const auto& e : s->EvaluateForDate(LocalDay(date))) {
         due.push_back({account, s->GetNumber(), e->GetDate(), e->IsCheck(),
                        EntryTypeName(*account, *e), EntryCategoryName(*account, *e), e->GetToFrom(),
-                       e->GetDescription(), e->GetAmount()});
+                       e->GetDescription(), e->GetAmount(), TransferName(book, *s)});
       }
     }
   }
@@ -318,10 +464,46 @@ BookResult<EnteredOccurrence> EnterOccurrence(Book& book, std::string_view name,
   auto occurrence = Occurrence(**s, which, date);
   if (!occurrence) return Unexpected{occurrence.error()};
   const std::shared_ptr<ZELMAccountEntry> entry = *occurrence;
+
+  // A transfer schedule's other account, ready to change, and what it receives.
+  std::shared_ptr<ZELMAccount> other;
+  double received = 0.0;
+  if (entry->IsLinked()) {
+    auto found = book.AccountWithNumber(entry->GetLinkedAccount());
+    if (!found) {
+      if (found.error().kind != Kind::kNotFound) return Unexpected{found.error()};
+      return Unexpected{BookError::Of(
+          Kind::kNotFound, which + " transfers to account " +
+                               std::to_string(entry->GetLinkedAccount()) +
+                               ", which the book does not hold; change it with schedule edit")};
+    }
+    other = *found;
+    if (other.get() == &a) return Invalid(which + " transfers to its own account");
+    if (auto refused = book.Changed(*other)) {
+      return Unexpected{BookError::Of(refused->kind, which + " transfers to \"" +
+                                                         other->GetName() +
+                                                         "\", which cannot be changed: " +
+                                                         refused->message)};
+    }
+    const double stored = entry->GetLinkedExchangedAmount();
+    auto amount =
+        AmountReceived(a, *other, -entry->GetAmount(),
+                       stored != 0.0 && a.currency() != other->currency()
+                           ? std::optional<double>(-stored)
+                           : std::nullopt);
+    if (!amount) return Unexpected{amount.error()};
+    received = *amount;
+  }
+
   entry->SetNumber(a.NextAvailableNumber());
   if (entry->IsCheck()) entry->SetCheckNumber(a.NextAvailableCheckNumber());
   a.AddEntry(entry);
   (*s)->CommitEntry(entry.get());
+  std::optional<LinkedChange> linked;
+  if (other) {
+    auto deposit = LinkTransfer(*other, *entry, received);
+    linked = LinkedChange{other->GetName(), deposit->GetNumber(), "received it"};
+  }
   return EnteredOccurrence{
       *account,
       number,
@@ -330,59 +512,63 @@ BookResult<EnteredOccurrence> EnterOccurrence(Book& book, std::string_view name,
       entry->GetDate(),
       entry->GetAmount(),
       entry->GetToFrom(),
-      Next(**s)};
+      Next(**s),
+      linked};
 }
 
 BookResult<ScheduleChange> AddSchedule(Book& book, std::string_view name,
-                                       const Recurrence& recurrence, const ScheduledEntry& fields) {
+                                       const Recurrence& recurrence, const ScheduledEntry& entry) {
   auto account = book.AccountToChange(name);
   if (!account) return Unexpected{account.error()};
   ZELMAccount& a = **account;
   auto built = BuildSchedule(recurrence);
   if (!built) return Unexpected{built.error()};
   const std::shared_ptr<ZELMAccountSchedule> s = *built;
-  const bool debit = fields.amount < 0;
-  s->SetIsDebit(debit);
-  s->SetIsDeposit(!debit);
-  std::shared_ptr<ZELMAccountEntryType> type;
-  if (!fields.type.empty()) {
-    for (const auto* list : {&a.types(), &a.inactiveTypes()}) {
-      for (const auto& t : *list) {
-        if (!type && t->GetIsDeposit() != debit &&
-            platform::CaseInsensitiveEqual(t->GetName(), fields.type)) {
-          type = t;
-        }
-      }
-    }
-    if (!type) {
-      return Unexpected{BookError::Of(Kind::kNotFound, "\"" + a.GetName() + "\" has no " +
-                                                           (debit ? "debit" : "deposit") +
-                                                           " type named \"" + fields.type + "\"")};
-    }
-  } else {
-    type = debit ? a.GetDefaultDebitType() : a.GetDefaultDepositType();
-  }
-  if (type) {
-    s->SetType(type->GetNumber());
-    s->SetIsCheck(type->GetIsCheck());
-  }
-  if (!fields.category.empty()) {
-    std::shared_ptr<ZELMAccountEntryCategory> found;
-    for (const auto& top : book.categories()) {
-      if ((found = top->childWithFullName(fields.category))) break;
-    }
-    if (!found) {
-      return Unexpected{BookError::Of(Kind::kNotFound,
-                                      "no category named \"" + fields.category + "\" in the book")};
-    }
-    s->SetCategory(found->number());
-  }
-  s->SetAmount(fields.amount);
-  s->SetToFrom(fields.toFrom);
-  s->SetDescription(fields.description);
   s->SetNumber(a.NextAvailableScheduleNumber());
+  if (auto refused = SetEntryFields(book, a, *s, true, entry)) return Unexpected{*refused};
   a.AddSchedule(s);
   return ScheduleChange{*account, s->GetNumber(), RuleInWords(*s), Next(*s)};
+}
+
+BookResult<ScheduleChange> EditSchedule(Book& book, std::string_view name, std::int32_t number,
+                                        const std::optional<Recurrence>& recurrence,
+                                        const ScheduledEntry& entry) {
+  auto account = book.AccountToChange(name);
+  if (!account) return Unexpected{account.error()};
+  ZELMAccount& a = **account;
+  auto found = ScheduleOf(a, number);
+  if (!found) return Unexpected{found.error()};
+  ZELMAccountSchedule& s = **found;
+  std::shared_ptr<ZELMAccountSchedule> built;
+  if (recurrence) {
+    auto rebuilt = BuildSchedule(*recurrence);
+    if (!rebuilt) return Unexpected{rebuilt.error()};
+    built = *rebuilt;
+    if (built->GetRepeatIntervalType() == sc::kRepeatOnce && !s.GetCommittedDates().empty()) {
+      return Invalid("schedule " + std::to_string(number) +
+                     " has entered occurrences, so a one-time schedule of it would never occur; "
+                     "add a new one");
+    }
+  }
+  if (auto refused = SetEntryFields(book, a, s, false, entry)) return Unexpected{*refused};
+  if (built) {
+    s.SetDate(built->GetDate());
+    s.SetRepeatIntervalType(built->GetRepeatIntervalType());
+    s.SetRepeatInterval(built->GetRepeatInterval());
+    s.SetRepeatUntilType(built->GetRepeatUntilType());
+    s.SetRepeatUntil(built->GetRepeatUntil());
+    s.SetUsePrecedingFriday(built->GetUsePrecedingFriday());
+  }
+  return ScheduleChange{*account, number, RuleInWords(s), Next(s)};
+}
+
+BookResult<Recurrence> ScheduleRecurrence(Book& book, std::string_view name,
+                                          std::int32_t number) {
+  auto account = book.FindAccount(name);
+  if (!account) return Unexpected{account.error()};
+  auto s = ScheduleOf(**account, number);
+  if (!s) return Unexpected{s.error()};
+  return RecurrenceOf(**s);
 }
 
 BookResult<ScheduleChange> RemoveSchedule(Book& book, std::string_view name, std::int32_t number) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "folvant/book/BookError.h"
+#include "folvant/book/Entries.h"
 
 namespace folvant {
 
@@ -20,7 +21,9 @@ class ZELMAccountSchedule;
 // 2026-07-01, 3 times".
 struct Recurrence {
   std::int32_t every = 1;  // the step, in units
-  std::string unit;        // day, week, month, quarter or year; plurals and any case read too
+  // day, week, month, quarter or year (plurals and any case read too), or "once": a single
+  // occurrence on the start day, with no day within the unit, end or weekend rule.
+  std::string unit;
   // The day within the unit: a weekday (week; three letters or more), a day of the month or
   // "last" (month, quarter), MM-DD (year). The start moves forward to the first such day; empty
   // keeps the start's own.
@@ -35,6 +38,10 @@ struct Recurrence {
 // fields. A recurrence that says nothing sensible is kInvalid.
 BookResult<std::shared_ptr<ZELMAccountSchedule>> BuildSchedule(const Recurrence& recurrence);
 
+// The recurrence of a stored schedule, as BuildSchedule takes it back; an unknown kind gives an
+// empty unit.
+Recurrence RecurrenceOf(const ZELMAccountSchedule& schedule);
+
 // "every 2 weeks on Friday", "every month on its last day", "once on 2026-07-01".
 std::string RecurrenceInWords(const ZELMAccountSchedule& schedule);
 // The recurrence with its end and weekend rule: "every month on day 1, forever, weekends to the
@@ -45,14 +52,19 @@ std::string RuleInWords(const ZELMAccountSchedule& schedule);
 struct ScheduleRow {
   std::int32_t number = 0;
   std::int32_t start = 0;
-  std::optional<std::int32_t> next;  // none when nothing is left to occur
+  std::optional<std::int32_t> next;  // none when nothing is left to occur (a one-time
+                                     // schedule's is its day until it is entered)
   std::string rule;                  // RuleInWords
+  Recurrence recurrence;
   std::int32_t kind = 0, interval = 1, untilType = 0, until = 0;
   bool weekendsBefore = false;
   std::size_t committed = 0;  // occurrences entered
   bool check = false;
-  std::string type, category, toFrom, description;
+  std::string type, category, toFrom, description, notes;
   double amount = 0.0;
+  bool taxDeductible = false;
+  std::vector<EntryDetails::Line> splits;
+  std::string transferTo;  // the other account of a transfer schedule; empty for none
 };
 
 struct ScheduleListing {
@@ -70,6 +82,7 @@ struct DueOccurrence {
   bool check = false;
   std::string type, category, toFrom, description;
   double amount = 0.0;
+  std::string transferTo;
 };
 
 // The occurrences due by `date` in the account, or in every account that can be read when none
@@ -88,6 +101,7 @@ struct EnteredOccurrence {
   double amount = 0.0;
   std::string toFrom;
   std::optional<std::int32_t> next;  // the schedule's next date after it
+  std::optional<LinkedChange> linked;  // a transfer schedule's deposit in the other account
 };
 
 struct ScheduleChange {
@@ -99,23 +113,36 @@ struct ScheduleChange {
 
 // Enters the schedule's occurrence on `date` (default: the earliest one due today) into the
 // register, numbered and with the next check number for a check, and records it as entered.
-// The account is marked changed; the caller saves the book.
+// A transfer schedule's occurrence is linked to a deposit made in the other account, as a
+// transfer is. The accounts are marked changed; the caller saves the book.
 BookResult<EnteredOccurrence> EnterOccurrence(Book& book, std::string_view account,
                                               std::int32_t number,
                                               std::optional<std::int32_t> date);
 
-// The entry fields every occurrence of a new schedule copies.
+// The entry fields every occurrence copies. Adding takes what is set and defaults the rest, as
+// adding an entry does; editing changes what is set. The date, check number and resolved mark
+// are not a schedule's: its start is the recurrence's, checks are numbered when entered.
 struct ScheduledEntry {
-  double amount = 0.0;  // negative for money leaving the account
-  std::string toFrom;
-  std::string description;
-  std::string type;      // an entry type's name, matched ignoring case; empty: the default type
-  std::string category;  // a category's full name ("Parent:Child"); empty: none
+  EntryFields fields;
+  bool newCategory = false;
+  // A transfer to this account (name or number): the amount leaves this account, whatever its
+  // sign, and the to/from defaults to the other account's name. Empty when editing: no longer a
+  // transfer.
+  std::optional<std::string> transferTo;
+  std::optional<double> toAmount;  // what the other account receives, between currencies
 };
 
 // Adds a schedule with the next free number; the account is marked changed.
 BookResult<ScheduleChange> AddSchedule(Book& book, std::string_view account,
                                        const Recurrence& recurrence, const ScheduledEntry& entry);
+// Changes a schedule's recurrence when one is given, and the entry fields given. The occurrences
+// already entered stay entered. A refusal changes nothing.
+BookResult<ScheduleChange> EditSchedule(Book& book, std::string_view account, std::int32_t number,
+                                        const std::optional<Recurrence>& recurrence,
+                                        const ScheduledEntry& entry);
+// The schedule's recurrence, for a change to start from.
+BookResult<Recurrence> ScheduleRecurrence(Book& book, std::string_view account,
+                                          std::int32_t number);
 // Removes a schedule; the occurrences already entered stay in the register. The account is
 // marked changed.
 BookResult<ScheduleChange> RemoveSchedule(Book& book, std::string_view account,

@@ -60,6 +60,10 @@ TEST(BuildScheduleTest, WordsBecomeKindStepAndStart) {
     EXPECT_EQ((*s)->GetRepeatInterval(), c.interval);
     EXPECT_EQ((*s)->GetDate(), c.start);
     EXPECT_EQ((*s)->GetRepeatUntilType(), 1) << "forever";
+    // Read back for a change, the stored rule builds the same schedule.
+    auto again = BuildSchedule(RecurrenceOf(**s));
+    ASSERT_TRUE(again) << again.error().message;
+    EXPECT_EQ(RuleInWords(**again), RuleInWords(**s));
   }
 }
 
@@ -79,9 +83,17 @@ TEST(BuildScheduleTest, EndRules) {
 
   r.until.reset();
   r.times = 1;
-  auto once = BuildSchedule(r);
+  auto one_time = BuildSchedule(r);
+  ASSERT_TRUE(one_time);
+  EXPECT_EQ(RuleInWords(**one_time), "every month on day 15, 1 time");
+
+  auto once = BuildSchedule(Every(1, "once", "", 20260704));
   ASSERT_TRUE(once);
-  EXPECT_EQ(RuleInWords(**once), "every month on day 15, 1 time");
+  EXPECT_EQ((*once)->GetRepeatIntervalType(), 0);
+  EXPECT_EQ(RuleInWords(**once), "once on 2026-07-04");
+  r = Every(1, "once", "", 20260704);
+  r.times = 2;
+  EXPECT_FALSE(BuildSchedule(r)) << "a single occurrence has no end rule";
 }
 
 TEST(BuildScheduleTest, WordsThatSayNothingAreInvalid) {
@@ -110,6 +122,16 @@ TEST(BuildScheduleTest, WordsThatSayNothingAreInvalid) {
   }
 }
 
+ScheduledEntry Fields(double amount, std::string toFrom, std::string description = {},
+                      std::string type = {}) {
+  ScheduledEntry entry;
+  entry.fields.amount = amount;
+  if (!toFrom.empty()) entry.fields.toFrom = std::move(toFrom);
+  if (!description.empty()) entry.fields.description = std::move(description);
+  if (!type.empty()) entry.fields.type = std::move(type);
+  return entry;
+}
+
 class EnterOccurrenceTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -120,12 +142,16 @@ class EnterOccurrenceTest : public ::testing::Test {
     auto account = book_->AddAccount("Checking");
     ASSERT_TRUE(account);
     (*account)->SetStartingCheckNumber(1001);
-    ScheduledEntry rent{-1650, "Oakwood", "Rent", "check", ""};
-    ASSERT_TRUE(AddSchedule(*book_, "Checking", Every(1, "month", "1", 20260501), rent));
+    auto rent = AddSchedule(*book_, "Checking", Every(1, "month", "1", 20260501),
+                            Fields(-1650, "Oakwood", "Rent", "check"));
+    ASSERT_TRUE(rent) << rent.error().message;
     Recurrence water = Every(1, "month", "28", 20260301);
     water.weekendsBefore = true;
-    ASSERT_TRUE(AddSchedule(*book_, "checking", water, ScheduledEntry{-40, "", "", "", ""}));
+    ASSERT_TRUE(AddSchedule(*book_, "checking", water, Fields(-40, "")));
+    ASSERT_TRUE(book_->AddAccount("Savings"));
   }
+
+  std::shared_ptr<ZELMAccount> Account(const char* name) { return *book_->FindAccount(name); }
   void TearDown() override {
     book_.reset();
     fs::remove_all(dir_);
@@ -172,6 +198,86 @@ TEST_F(EnterOccurrenceTest, NumbersChecksAndRecordsTheDate) {
   EXPECT_EQ(account->GetAllEntries().size(), 3u);
   EXPECT_EQ(account->ScheduleForNumber(0)->GetCommittedDates(),
             (std::vector<std::int32_t>{20260501, 20260601}));
+}
+
+// A transfer schedule makes the linked pair each time it is entered; the amount always leaves.
+TEST_F(EnterOccurrenceTest, ATransferScheduleEntersTheLinkedPair) {
+  testing::ScopedClockPin today(20260615);
+  ScheduledEntry saving = Fields(200, "", "Saving");
+  saving.transferTo = "Savings";
+  auto added = AddSchedule(*book_, "Checking", Every(1, "month", "10", 20260601), saving);
+  ASSERT_TRUE(added) << added.error().message;
+  const auto s = Account("Checking")->ScheduleForNumber(added->number);
+  EXPECT_EQ(s->GetAmount(), -200);
+  EXPECT_EQ(s->GetToFrom(), "Savings") << "the other account names the payee";
+
+  auto entered = EnterOccurrence(*book_, "Checking", added->number, std::nullopt);
+  ASSERT_TRUE(entered) << entered.error().message;
+  ASSERT_TRUE(entered->linked);
+  EXPECT_EQ(entered->linked->account, "Savings");
+  const auto debit = Account("Checking")->GetEntryWithNumber(entered->entry);
+  const auto deposit = Account("Savings")->GetEntryWithNumber(entered->linked->number);
+  ASSERT_TRUE(debit && deposit);
+  EXPECT_EQ(deposit->GetAmount(), 200);
+  EXPECT_EQ(deposit->GetDate(), 20260610);
+  EXPECT_EQ(debit->GetLinkedEntry(), deposit->GetNumber());
+  EXPECT_EQ(deposit->GetLinkedEntry(), debit->GetNumber());
+  EXPECT_EQ(deposit->GetLinkedAccount(), Account("Checking")->GetNumber());
+
+  // Once the other account is gone, entering is refused and changes nothing.
+  ASSERT_FALSE(book_->RemoveAccount(*Account("Savings")));
+  const std::size_t entries = Account("Checking")->GetAllEntries().size();
+  auto refused = EnterOccurrence(*book_, "Checking", added->number, 20260710);
+  ASSERT_FALSE(refused);
+  EXPECT_NE(refused.error().message.find("which the book does not hold"), std::string::npos)
+      << refused.error().message;
+  EXPECT_EQ(Account("Checking")->GetAllEntries().size(), entries);
+  EXPECT_EQ(s->GetCommittedDates().size(), 1u);
+}
+
+TEST_F(EnterOccurrenceTest, OneTimeAndSplitSchedules) {
+  testing::ScopedClockPin today(20260615);
+  ScheduledEntry shop = Fields(0, "Market");
+  shop.fields.amount.reset();
+  shop.fields.splits = {{"Food:Groceries", -60, "weekly"}, {"Home", -15.5, ""}};
+  shop.newCategory = true;
+  auto added = AddSchedule(*book_, "Checking", Every(1, "once", "", 20260612), shop);
+  ASSERT_TRUE(added) << added.error().message;
+  EXPECT_EQ(added->next, 20260612) << "a one-time schedule's day is its next until entered";
+  auto entered = EnterOccurrence(*book_, "Checking", added->number, std::nullopt);
+  ASSERT_TRUE(entered) << entered.error().message;
+  EXPECT_EQ(entered->amount, -75.5);
+  EXPECT_FALSE(entered->next);
+  EXPECT_EQ(Account("Checking")->GetEntryWithNumber(entered->entry)->splitLineItems().size(), 2u);
+  EXPECT_FALSE(EnterOccurrence(*book_, "Checking", added->number, std::nullopt));
+}
+
+// Editing changes what is given and keeps the rest; a refusal leaves the schedule as it was.
+TEST_F(EnterOccurrenceTest, EditingKeepsWhatIsNotGiven) {
+  const auto s = Account("Checking")->ScheduleForNumber(0);
+  auto recurrence = ScheduleRecurrence(*book_, "Checking", 0);
+  ASSERT_TRUE(recurrence);
+  recurrence->times = 12;
+  ScheduledEntry cheaper;
+  cheaper.fields.amount = -1600;
+  auto edited = EditSchedule(*book_, "Checking", 0, *recurrence, cheaper);
+  ASSERT_TRUE(edited) << edited.error().message;
+  EXPECT_EQ(edited->rule, "every month on day 1, 12 times");
+  EXPECT_EQ(s->GetAmount(), -1600);
+  EXPECT_EQ(s->GetToFrom(), "Oakwood");
+  EXPECT_TRUE(s->IsCheck()) << "still of the check type";
+
+  const plist::Dictionary before = s->asDictionary();
+  ScheduledEntry bad;
+  bad.fields.description = "changed";
+  bad.fields.category = "No:Such";
+  EXPECT_EQ(EditSchedule(*book_, "Checking", 0, std::nullopt, bad).error().kind, Kind::kNotFound);
+  bad.fields.category.reset();
+  bad.transferTo = "Checking";
+  EXPECT_FALSE(EditSchedule(*book_, "Checking", 0, std::nullopt, bad));
+  recurrence->unit = "fortnight";
+  EXPECT_FALSE(EditSchedule(*book_, "Checking", 0, *recurrence, ScheduledEntry{}));
+  EXPECT_EQ(s->asDictionary(), before);
 }
 
 }  // namespace
