@@ -65,7 +65,7 @@ TEST_F(Cli, SampleBookLoadsCleanlyAndBalancesAddUp) {
   ASSERT_EQ(list.status, 0) << list.err;
   EXPECT_TRUE(list.err.empty()) << "the sample must load without a message:\n" << list.err;
   EXPECT_NE(list.out.find("Checking"), std::string::npos);
-  EXPECT_NE(list.out.find("1.290,38 €  EUR"), std::string::npos) << list.out;
+  EXPECT_NE(list.out.find("1.748,68 €  EUR"), std::string::npos) << list.out;
 
   // The last running balance of the register (date order, checks first) is the balance.
   const CommandResult reg = Run("register Checking --json");
