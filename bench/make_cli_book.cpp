@@ -2,7 +2,7 @@
 // for timing `ledger` beside it. The book holds a "Checking" account of N generated entries
 // (ten years of dates in order, about fifty payees, a small category tree, mostly debits with a
 // check now and then, paychecks and other deposits, everything but the latest months resolved)
-// and an empty "Savings" account. The journal has one transaction per entry: the amount on
+// an empty "Savings" account and a "Visa Card" account of 100 entries. The journal has one transaction per entry: the amount on
 // Assets:Checking, balanced by Expenses:<category> or Income:<category>, the check number as
 // the transaction code, a resolved entry marked cleared, and an opening-balance transaction
 // for the account's starting balance. The output is the same on every run.
@@ -263,6 +263,19 @@ int Main(int argc, char** argv) {
   account.SetStartingCheckNumber(1001);
   auto savings = book.AddAccount("Savings");
   if (!savings) return Fail(savings.error().message);
+  // A small credit card account: the big register's commands must not pay for it, nor it for them.
+  auto card = book.AddAccount("Visa Card");
+  if (!card) return Fail(card.error().message);
+  for (int i = 0; i < 100; ++i) {
+    auto charge = std::make_shared<ZELMAccountEntry>();
+    charge->SetNumber((*card)->NextAvailableNumber());
+    charge->SetDate(DateNumber(kLastDay - days{100 - i}));
+    charge->SetIsDebit(true);
+    charge->SetAmount(-12.5 - i);
+    charge->SetToFrom("Card Shop");
+    charge->SetCleared(i < 80 ? 1 : 0);
+    (*card)->AddEntry(charge);
+  }
 
   auto typeNumber = [&](bool deposit, std::string_view name) {
     auto type =
