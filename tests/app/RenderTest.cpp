@@ -1,4 +1,4 @@
-// What the front ends draw: amounts in a currency's form, JSON and text tables.
+// What the front ends draw: amounts in a currency's form, JSON, text tables and charts.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -9,7 +9,10 @@
 #include <string>
 #include <vector>
 
+#include <pugixml.hpp>
+
 #include "app/render/AmountText.h"
+#include "app/render/Chart.h"
 #include "app/render/Json.h"
 #include "app/render/Table.h"
 #include "folvant/values/LVCurrency.h"
@@ -237,6 +240,58 @@ TEST(RenderTable, WritesAlignedLinesWithoutTrailingSpaces) {
   out.clear();
   headless.Write(out);
   EXPECT_EQ(out, "Current balance:   $ 5.00\nResolved:         $ 10.00\n");
+}
+
+std::string Dollars(double amount) {
+  char buffer[32];
+  std::snprintf(buffer, sizeof buffer, "%.2f", amount);
+  return buffer;
+}
+
+// The summary picture is XML a browser reads: one deposit and one debit bar per period, the net
+// line through them, a bar per category, and labels escaped.
+TEST(ChartTest, SummarySvgParsesWithABarPerPeriodAndCategory) {
+  const std::vector<PeriodValues> periods = {{"Jan", 2480, 1900.5, 579.5},
+                                             {"Feb", 0, 120, -120},
+                                             {"Mar <&> \"Q1\"", 10, 0, 10}};
+  const std::vector<CategoryValue> categories = {
+      {"Food", -800, 0}, {"Groceries", -600, 1}, {"Salary", 2480, 0}, {"Zero", 0, 0}};
+  const std::string svg = SummarySvg(periods, categories, Dollars, {"Checking & more", {}, {}});
+  pugi::xml_document doc;
+  const pugi::xml_parse_result parsed = doc.load_string(svg.c_str());
+  ASSERT_TRUE(parsed) << parsed.description() << " at " << parsed.offset;
+  const pugi::xml_node root = doc.child("svg");
+  EXPECT_STREQ(root.child_value("title"), "Checking & more");
+  EXPECT_EQ(root.select_nodes("//g[@class='periods']/rect[@class='deposit']").size(), 3u);
+  EXPECT_EQ(root.select_nodes("//g[@class='periods']/rect[@class='debit']").size(), 3u);
+  EXPECT_EQ(root.select_nodes("//g[@class='net-line']/circle").size(), 3u);
+  EXPECT_EQ(root.select_nodes("//polyline[@class='net']").size(), 1u);
+  EXPECT_EQ(root.select_nodes("//g[@class='categories']/rect").size(), 4u);
+  EXPECT_TRUE(root.select_node("//text[text()='Mar <&> \"Q1\"']"));
+  // Bars are as tall as their amounts: January's deposit is the tallest one.
+  const auto deposits = root.select_nodes("//g[@class='periods']/rect[@class='deposit']");
+  const double january = deposits[0].node().attribute("height").as_double();
+  EXPECT_GT(january, 0);
+  EXPECT_EQ(deposits[1].node().attribute("height").as_double(), 0);
+  EXPECT_NEAR(deposits[2].node().attribute("height").as_double(), january * 10 / 2480, 0.02);
+
+  const std::string empty = SummarySvg({}, {}, Dollars, {"Nothing", {}, {}});
+  EXPECT_TRUE(doc.load_string(empty.c_str())) << "an empty report is still a picture";
+}
+
+TEST(ChartTest, PeriodChartTextKeepsTheAxisInOneColumn) {
+  const std::vector<PeriodValues> periods = {{"2026-01", 1000, 500, 500}, {"2026-02", 250, 1000, -750}};
+  const std::string text = PeriodChartText(periods, Dollars, 60);
+  std::istringstream lines(text);
+  std::vector<std::size_t> axis;
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_LE(DisplayWidth(line), 60u) << line;
+    axis.push_back(DisplayWidth(line.substr(0, line.find("│"))));
+  }
+  ASSERT_EQ(axis.size(), 2u);
+  EXPECT_EQ(axis[0], axis[1]);
+  EXPECT_NE(text.find("-1000.00 ████"), std::string::npos) << "the largest debit fills its half\n"
+                                                            << text;
 }
 
 }  // namespace
