@@ -9,6 +9,7 @@
 #include "app/cli/BookAccess.h"
 #include "app/cli/Commands.h"
 #include "app/cli/EntryOutput.h"
+#include "app/cli/FieldOptions.h"
 #include "app/cli/Options.h"
 #include "app/render/AmountText.h"
 #include "app/render/Json.h"
@@ -26,18 +27,14 @@ struct FieldOptions {
   std::string account;
   std::int32_t number = 0;
   std::string date;
-  double amount = 0.0, debit = 0.0, deposit = 0.0;
+  EntryFieldOptions fields;
   std::vector<std::string> check;
-  std::string toFrom, description, type, category, notes;
-  std::vector<std::string> splits;
-  bool resolved = false, unresolved = false;
-  bool taxDeductible = false, notTaxDeductible = false, noCheck = false;
+  std::string toFrom;
+  bool resolved = false, unresolved = false, noCheck = false;
   EntryOptions entry;
   bool json = false;
-  CLI::Option *dateOption = nullptr, *amountOption = nullptr, *debitOption = nullptr,
-              *depositOption = nullptr, *checkOption = nullptr, *toOption = nullptr,
-              *fromOption = nullptr, *descriptionOption = nullptr, *typeOption = nullptr,
-              *categoryOption = nullptr, *notesOption = nullptr, *splitOption = nullptr;
+  CLI::Option *dateOption = nullptr, *checkOption = nullptr, *toOption = nullptr,
+              *fromOption = nullptr;
 };
 
 void AddFieldOptions(CLI::App* command, FieldOptions& o, bool edit) {
@@ -45,15 +42,7 @@ void AddFieldOptions(CLI::App* command, FieldOptions& o, bool edit) {
                      ->add_option("--date", o.date,
                                   edit ? "Date (YYYY-MM-DD)" : "Date (YYYY-MM-DD; default: today)")
                      ->check(IsoDate());
-  o.amountOption =
-      command->add_option("--amount", o.amount, "Amount, negative for money leaving the account")
-          ->transform(AmountValue());
-  o.debitOption = command->add_option("--debit", o.debit, "Money leaving the account (positive)")
-                      ->transform(AmountValue());
-  o.depositOption = command->add_option("--deposit", o.deposit, "Money coming in (positive)")
-                        ->transform(AmountValue());
-  o.amountOption->excludes(o.debitOption)->excludes(o.depositOption);
-  o.debitOption->excludes(o.depositOption);
+  AddEntryFieldOptions(command, o.fields, edit, "the entry's amount");
   o.checkOption = command
                       ->add_option("--check", o.check,
                                    "A check; with a number, that check number (default: the next)")
@@ -62,25 +51,12 @@ void AddFieldOptions(CLI::App* command, FieldOptions& o, bool edit) {
   o.toOption = command->add_option("--to", o.toFrom, "Payee");
   o.fromOption = command->add_option("--from", o.toFrom, "Payer");
   o.toOption->excludes(o.fromOption);
-  o.descriptionOption = command->add_option("--description", o.description, "Description");
-  o.typeOption = command->add_option("--type", o.type, "One of the account's entry types");
-  o.categoryOption =
-      command->add_option("--category", o.category, "Category, by its full name (Parent:Child)");
-  o.notesOption = command->add_option("--notes", o.notes, "Notes");
-  o.splitOption = command
-                      ->add_option("--split", o.splits,
-                                   "A line item CATEGORY=AMOUNT[:DESCRIPTION], repeated; the "
-                                   "entry's amount is their total")
-                      ->check(SplitValue());
   command->add_flag("--resolved", o.resolved, "Resolved against a statement");
-  command->add_flag("--tax-deductible", o.taxDeductible, "Tax-deductible");
   command->add_flag("--new-category", o.entry.newCategory, "Create the category if it is new");
   command->add_flag("--allow-duplicate-check", o.entry.allowDuplicateCheck,
                     "Take a check number that is already in use");
   if (edit) {
     command->add_flag("--unresolved", o.unresolved, "Not resolved")->excludes("--resolved");
-    command->add_flag("--not-tax-deductible", o.notTaxDeductible, "Not tax-deductible")
-        ->excludes("--tax-deductible");
     command->add_flag("--no-check", o.noCheck, "Not a check")->excludes(o.checkOption);
   } else {
     command->add_flag("--no-memory", o.entry.noMemory,
@@ -96,9 +72,7 @@ EntryFields ReadFields(const FieldOptions& o) {
     ParseDateNumber(o.date, date);  // checked when read
     f.date = date;
   }
-  if (o.amountOption->count() > 0) f.amount = o.amount;
-  if (o.debitOption->count() > 0) f.amount = -o.debit;
-  if (o.depositOption->count() > 0) f.amount = o.deposit;
+  ReadEntryFields(o.fields, f);
   if (o.checkOption->count() > 0) {
     f.check = true;
     // Given alone, the option holds no value or an empty one.
@@ -109,21 +83,8 @@ EntryFields ReadFields(const FieldOptions& o) {
   }
   if (o.noCheck) f.check = false;
   if (o.toOption->count() > 0 || o.fromOption->count() > 0) f.toFrom = o.toFrom;
-  if (o.descriptionOption->count() > 0) f.description = o.description;
-  if (o.typeOption->count() > 0) f.type = o.type;
-  if (o.categoryOption->count() > 0) f.category = o.category;
-  if (o.notesOption->count() > 0) f.notes = o.notes;
   if (o.resolved) f.resolved = true;
   if (o.unresolved) f.resolved = false;
-  if (o.taxDeductible) f.taxDeductible = true;
-  if (o.notTaxDeductible) f.taxDeductible = false;
-  if (o.splitOption->count() > 0) {
-    f.splits.emplace();
-    for (const std::string& text : o.splits) {
-      std::string problem;
-      f.splits->push_back(*ReadSplit(text, &problem));  // checked when read
-    }
-  }
   return f;
 }
 
@@ -173,14 +134,8 @@ int UsageError(Context& context, const std::string& message) {
   return 2;
 }
 
-std::optional<std::string> BadAmounts(const FieldOptions& o) {
-  if (o.debitOption->count() > 0 && o.debit < 0) return "--debit takes a positive amount";
-  if (o.depositOption->count() > 0 && o.deposit < 0) return "--deposit takes a positive amount";
-  return std::nullopt;
-}
-
 int Add(Context& context, const FieldOptions& o) {
-  if (auto bad = BadAmounts(o)) return UsageError(context, *bad);
+  if (auto bad = BadAmounts(o.fields)) return UsageError(context, *bad);
   auto book = OpenBook(context, Book::Access::kWrite);
   if (!book) return 1;
   auto added = AddEntry(*book, o.account, ReadFields(o), o.entry);
@@ -191,7 +146,7 @@ int Add(Context& context, const FieldOptions& o) {
 }
 
 int Edit(Context& context, const FieldOptions& o) {
-  if (auto bad = BadAmounts(o)) return UsageError(context, *bad);
+  if (auto bad = BadAmounts(o.fields)) return UsageError(context, *bad);
   auto book = OpenBook(context, Book::Access::kWrite);
   if (!book) return 1;
   auto edited = EditEntry(*book, o.account, o.number, ReadFields(o), o.entry);

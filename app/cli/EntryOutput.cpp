@@ -51,6 +51,21 @@ void AppendEntryText(std::string& out, const EntryDetails& e, const LVCurrency& 
   items.Write(out);
 }
 
+render::Json SplitsJson(const std::vector<EntryDetails::Line>& lines) {
+  using render::Json;
+  using render::JsonText;
+  Json splits = Json::array();
+  for (const auto& line : lines) {
+    Json item = Json::object();
+    item["category"] = JsonText(line.category);
+    item["description"] = JsonText(line.description);
+    item["toFrom"] = JsonText(line.toFrom);
+    item["amount"] = render::JsonAmount(line.amount);
+    splits.push_back(std::move(item));
+  }
+  return splits;
+}
+
 render::Json EntryJson(const EntryDetails& e) {
   using render::Json;
   using render::JsonText;
@@ -68,16 +83,7 @@ render::Json EntryJson(const EntryDetails& e) {
   j["resolved"] = e.resolved;
   j["taxDeductible"] = e.taxDeductible;
   j["void"] = e.isVoid;
-  Json splits = Json::array();
-  for (const auto& line : e.splits) {
-    Json item = Json::object();
-    item["category"] = JsonText(line.category);
-    item["description"] = JsonText(line.description);
-    item["toFrom"] = JsonText(line.toFrom);
-    item["amount"] = render::JsonAmount(line.amount);
-    splits.push_back(std::move(item));
-  }
-  j["splits"] = std::move(splits);
+  j["splits"] = SplitsJson(e.splits);
   if (e.linked) {
     Json link = Json::object();
     link["account"] = JsonText(e.linked->account);

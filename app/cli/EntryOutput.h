@@ -18,6 +18,8 @@ void AppendEntryText(std::string& out, const EntryDetails& entry, const LVCurren
 // taxDeductible, void, splits: [{category, description, toFrom, amount}], linked: {account,
 // number, found}, exchangedAmount, runningBalance}
 render::Json EntryJson(const EntryDetails& entry);
+// [{category, description, toFrom, amount}]
+render::Json SplitsJson(const std::vector<EntryDetails::Line>& splits);
 // {account, number, what}, or null.
 render::Json LinkedJson(const std::optional<LinkedChange>& linked);
 // "The transfer's other side, entry 12 of "Savings", was voided too."

@@ -9,6 +9,7 @@
 #include "app/cli/BookAccess.h"
 #include "app/cli/Commands.h"
 #include "app/cli/EntryOutput.h"
+#include "app/cli/FieldOptions.h"
 #include "app/cli/Options.h"
 #include "app/render/AmountText.h"
 #include "app/render/Json.h"
@@ -70,15 +71,7 @@ void PrintListJson(Context& context, const ScheduleListing& listing) {
     s["notes"] = JsonText(row.notes);
     s["amount"] = render::JsonAmount(row.amount);
     s["taxDeductible"] = row.taxDeductible;
-    Json splits = Json::array();
-    for (const auto& line : row.splits) {
-      Json item = Json::object();
-      item["category"] = JsonText(line.category);
-      item["description"] = JsonText(line.description);
-      item["amount"] = render::JsonAmount(line.amount);
-      splits.push_back(std::move(item));
-    }
-    s["splits"] = std::move(splits);
+    s["splits"] = SplitsJson(row.splits);
     s["transferTo"] = row.transferTo.empty() ? Json(nullptr) : JsonText(row.transferTo);
     schedules.push_back(std::move(s));
   }
@@ -280,18 +273,15 @@ struct ScheduleOptions {
   std::int32_t times = 0;
   bool forever = false;
   std::string weekendShift = "none";
-  double amount = 0.0, debit = 0.0, deposit = 0.0, toAmount = 0.0;
+  EntryFieldOptions fields;
+  double toAmount = 0.0;
   bool check = false, noCheck = false;
-  std::string toFrom, description, type, category, notes, transferTo;
-  std::vector<std::string> splits;
-  bool taxDeductible = false, notTaxDeductible = false, noTransfer = false, newCategory = false;
+  std::string toFrom, transferTo;
+  bool noTransfer = false, newCategory = false;
   bool json = false;
   CLI::Option *everyOption = nullptr, *onOption = nullptr, *startOption = nullptr,
               *untilOption = nullptr, *timesOption = nullptr, *shiftOption = nullptr,
-              *amountOption = nullptr, *debitOption = nullptr, *depositOption = nullptr,
-              *toFromOption = nullptr, *descriptionOption = nullptr, *typeOption = nullptr,
-              *categoryOption = nullptr, *notesOption = nullptr, *splitOption = nullptr,
-              *transferOption = nullptr, *toAmountOption = nullptr;
+              *toFromOption = nullptr, *transferOption = nullptr, *toAmountOption = nullptr;
 };
 
 void AddScheduleOptions(CLI::App* command, ScheduleOptions& o, bool edit) {
@@ -320,34 +310,10 @@ void AddScheduleOptions(CLI::App* command, ScheduleOptions& o, bool edit) {
                       ->add_option("--weekend-shift", o.weekendShift,
                                    "before: move a weekend occurrence to the Friday before; none")
                       ->check(CLI::IsMember({"before", "none"}));
-  o.amountOption = command
-                       ->add_option("--amount", o.amount,
-                                    "Amount, negative for money leaving the account")
-                       ->transform(AmountValue());
-  o.debitOption = command->add_option("--debit", o.debit, "Money leaving the account (positive)")
-                      ->transform(AmountValue());
-  o.depositOption = command->add_option("--deposit", o.deposit, "Money coming in (positive)")
-                        ->transform(AmountValue());
-  o.amountOption->excludes(o.debitOption)->excludes(o.depositOption);
-  o.debitOption->excludes(o.depositOption);
+  AddEntryFieldOptions(command, o.fields, edit, "the amount");
   auto* check = command->add_flag("--check", o.check, "Each occurrence is a check");
   if (edit) command->add_flag("--no-check", o.noCheck, "Not a check")->excludes(check);
   o.toFromOption = command->add_option("--to,--from,--to-from", o.toFrom, "Payee or payer");
-  o.descriptionOption = command->add_option("--description", o.description, "Description");
-  o.typeOption = command->add_option("--type", o.type, "One of the account's entry types");
-  o.categoryOption =
-      command->add_option("--category", o.category, "Category, by its full name (Parent:Child)");
-  o.notesOption = command->add_option("--notes", o.notes, "Notes");
-  o.splitOption = command
-                      ->add_option("--split", o.splits,
-                                   "A line item CATEGORY=AMOUNT[:DESCRIPTION], repeated; the "
-                                   "amount is their total")
-                      ->check(SplitValue());
-  command->add_flag("--tax-deductible", o.taxDeductible, "Tax-deductible");
-  if (edit) {
-    command->add_flag("--not-tax-deductible", o.notTaxDeductible, "Not tax-deductible")
-        ->excludes("--tax-deductible");
-  }
   command->add_flag("--new-category", o.newCategory, "Create the category if it is new");
   o.transferOption = command->add_option(
       "--transfer-to", o.transferTo,
@@ -424,25 +390,10 @@ std::optional<std::string> ReadRecurrence(const ScheduleOptions& o, Recurrence& 
 ScheduledEntry ReadScheduledEntry(const ScheduleOptions& o) {
   ScheduledEntry entry;
   EntryFields& f = entry.fields;
-  if (o.amountOption->count() > 0) f.amount = o.amount;
-  if (o.debitOption->count() > 0) f.amount = -o.debit;
-  if (o.depositOption->count() > 0) f.amount = o.deposit;
+  ReadEntryFields(o.fields, f);
   if (o.check) f.check = true;
   if (o.noCheck) f.check = false;
   if (o.toFromOption->count() > 0) f.toFrom = o.toFrom;
-  if (o.descriptionOption->count() > 0) f.description = o.description;
-  if (o.typeOption->count() > 0) f.type = o.type;
-  if (o.categoryOption->count() > 0) f.category = o.category;
-  if (o.notesOption->count() > 0) f.notes = o.notes;
-  if (o.taxDeductible) f.taxDeductible = true;
-  if (o.notTaxDeductible) f.taxDeductible = false;
-  if (o.splitOption->count() > 0) {
-    f.splits.emplace();
-    for (const std::string& text : o.splits) {
-      std::string problem;
-      f.splits->push_back(*ReadSplit(text, &problem));  // checked when read
-    }
-  }
   entry.newCategory = o.newCategory;
   if (o.transferOption->count() > 0) entry.transferTo = o.transferTo;
   if (o.noTransfer) entry.transferTo = std::string();
@@ -450,20 +401,14 @@ ScheduledEntry ReadScheduledEntry(const ScheduleOptions& o) {
   return entry;
 }
 
-std::optional<std::string> BadAmounts(const ScheduleOptions& o) {
-  if (o.debitOption->count() > 0 && o.debit < 0) return "--debit takes a positive amount";
-  if (o.depositOption->count() > 0 && o.deposit < 0) return "--deposit takes a positive amount";
-  return std::nullopt;
-}
-
 int Add(Context& context, const ScheduleOptions& o) {
-  if (auto bad = BadAmounts(o)) return UsageError(context, *bad);
+  if (auto bad = BadAmounts(o.fields)) return UsageError(context, *bad);
   if (o.everyOption->count() == 0 && !o.once) {
     return UsageError(context, "schedule add needs --every [N] UNIT or --once");
   }
   if (o.startOption->count() == 0) return UsageError(context, "schedule add needs --start DATE");
-  if (o.amountOption->count() + o.debitOption->count() + o.depositOption->count() +
-          o.splitOption->count() ==
+  if (o.fields.amountOption->count() + o.fields.debitOption->count() +
+          o.fields.depositOption->count() + o.fields.splitOption->count() ==
       0) {
     return UsageError(context, "schedule add needs --amount, --debit, --deposit or --split");
   }
@@ -479,7 +424,7 @@ int Add(Context& context, const ScheduleOptions& o) {
 }
 
 int Edit(Context& context, const ScheduleOptions& o) {
-  if (auto bad = BadAmounts(o)) return UsageError(context, *bad);
+  if (auto bad = BadAmounts(o.fields)) return UsageError(context, *bad);
   return ChangeBook(
       context,
       [&](Book& book) -> BookResult<ScheduleChange> {
