@@ -26,31 +26,53 @@ struct NewAccountOptions {
   std::string currency;
   double startingBalance = 0.0;
   int startingCheck = 1;
+  bool json = false;
 };
 
+// An account as `account new` and `account edit` leave it.
+render::Json SummaryJson(const AccountSummary& a) {
+  return {{"number", a.number},
+          {"name", render::JsonText(a.name)},
+          {"currency", render::JsonText(a.currency)},
+          {"startingBalance", render::JsonAmount(a.startingBalance)},
+          {"startingCheck", a.startingCheck},
+          {"notes", render::JsonText(a.notes)}};
+}
+
 int NewAccount(Context& context, const NewAccountOptions& options) {
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  std::shared_ptr<LVCurrency> currency;
-  if (!options.currency.empty()) {
-    auto registered = book->RegisterCurrency(options.currency);
-    if (!registered) {
-      if (registered.error().kind != BookError::Kind::kInvalid) {
-        return Fail(context, registered.error());
-      }
-      // As account edit does: a code the book does not know is a failure, not a usage error.
-      return Fail(context, "--currency: " + registered.error().message);
-    }
-    currency = *registered;
-  }
-  auto added = book->AddAccount(options.name, currency, options.startingBalance);
-  if (!added) return Fail(context, added.error());
-  const auto& account = *added;
-  account->SetStartingCheckNumber(options.startingCheck);
-  if (!SaveBook(context, *book)) return 1;
-  context.out << "Created account \"" << account->GetName() << "\" (number " << account->GetNumber()
-              << ", " << account->currency()->code() << ")\n";
-  return 0;
+  return ChangeBook(
+      context,
+      [&](Book& book) -> BookResult<AccountSummary> {
+        std::shared_ptr<LVCurrency> currency;
+        if (!options.currency.empty()) {
+          auto registered = book.RegisterCurrency(options.currency);
+          if (!registered) {
+            BookError error = registered.error();
+            // As account edit does: a code the book does not know is a failure, not a usage
+            // error.
+            if (error.kind == BookError::Kind::kInvalid) {
+              error.message = "--currency: " + error.message;
+            }
+            return Unexpected{std::move(error)};
+          }
+          currency = *registered;
+        }
+        auto added = book.AddAccount(options.name, currency, options.startingBalance);
+        if (!added) return Unexpected{added.error()};
+        ZELMAccount& account = **added;
+        account.SetStartingCheckNumber(options.startingCheck);
+        return AccountSummary{account.GetName(), account.GetNumber(), account.currency()->code(),
+                              account.GetStartingBalance(), account.GetStartingCheckNumber(),
+                              book.AccountNotes(account)};
+      },
+      [&](const AccountSummary& a) {
+        if (options.json) {
+          render::WriteJson(context.out, SummaryJson(a));
+          return;
+        }
+        context.out << "Created account \"" << a.name << "\" (number " << a.number << ", "
+                    << a.currency << ")\n";
+      });
 }
 
 // The balance column: the amount, or why there is none.
@@ -106,6 +128,7 @@ struct ChangeOptions {
   AccountEdit edit;
   bool yes = false;
   bool unlink = false;
+  bool json = false;
 };
 
 int EditAccount(Context& context, const ChangeOptions& options) {
@@ -117,20 +140,28 @@ int EditAccount(Context& context, const ChangeOptions& options) {
          "--currency or --notes");
     return 2;  // a usage error
   }
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto edited = folvant::EditAccount(*book, options.account, edit);
-  PrintWarnings(context, *book);
-  if (!edited) return Fail(context, edited.error());
-  if (!SaveBook(context, *book)) return 1;
-  auto currency = book->currencyWithCode(edited->currency);
-  context.out << "Account \"" << edited->name << "\" (number " << edited->number << ", "
-              << edited->currency << "): starting balance "
-              << render::AmountWriter(currency ? *currency : *book->currency())
-                     .Text(edited->startingBalance)
-              << ", first check " << edited->startingCheck << '\n';
-  if (!edited->notes.empty()) context.out << "Notes: " << edited->notes << '\n';
-  return 0;
+  std::shared_ptr<LVCurrency> currency;  // the account's, for the text
+  return ChangeBook(
+      context,
+      [&](Book& book) {
+        auto edited = folvant::EditAccount(book, options.account, edit);
+        if (edited) {
+          currency = book.currencyWithCode(edited->currency);
+          if (!currency) currency = book.currency();
+        }
+        return edited;
+      },
+      [&](const AccountSummary& a) {
+        if (options.json) {
+          render::WriteJson(context.out, SummaryJson(a));
+          return;
+        }
+        context.out << "Account \"" << a.name << "\" (number " << a.number << ", " << a.currency
+                    << "): starting balance "
+                    << render::AmountWriter(*currency).Text(a.startingBalance) << ", first check "
+                    << a.startingCheck << '\n';
+        if (!a.notes.empty()) context.out << "Notes: " << a.notes << '\n';
+      });
 }
 
 int RemoveAccount(Context& context, const ChangeOptions& options) {
@@ -138,28 +169,57 @@ int RemoveAccount(Context& context, const ChangeOptions& options) {
     Fail(context, "account remove takes the account out of the book: give --yes to confirm");
     return 2;  // a usage error
   }
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto removed = folvant::RemoveAccount(*book, options.account, options.unlink);
-  PrintWarnings(context, *book);
-  if (!removed) {
-    if (removed.error().kind == BookError::Kind::kInvalid) {
-      return Fail(context, removed.error().message + " (--unlink)");
-    }
-    return Fail(context, removed.error());
+  return ChangeBook(
+      context,
+      [&](Book& book) {
+        auto removed = folvant::RemoveAccount(book, options.account, options.unlink);
+        if (!removed && removed.error().kind == BookError::Kind::kInvalid) {
+          BookError error = removed.error();
+          error.message += " (--unlink)";
+          return decltype(removed){Unexpected{std::move(error)}};
+        }
+        return removed;
+      },
+      [&](const AccountRemoval& r) {
+        const std::string kept = "accounts/" + r.keptAs;
+        if (options.json) {
+          render::Json in = render::Json::array();
+          for (const std::string& name : r.in) in.push_back(render::JsonText(name));
+          render::Json document = render::Json::object();
+          document["account"] = render::JsonText(r.name);
+          document["keptAs"] = render::JsonText(kept);
+          document["unlinked"] = r.unlinked;
+          document["in"] = std::move(in);
+          render::WriteJson(context.out, document);
+          return;
+        }
+        context.out << "Removed account \"" << r.name << "\"; its file is kept as " << kept << '\n';
+        if (r.unlinked > 0) {
+          context.out << "Unlinked " << r.unlinked << (r.unlinked == 1 ? " transfer" : " transfers")
+                      << " in";
+          for (std::size_t i = 0; i < r.in.size(); ++i) {
+            context.out << (i == 0 ? " \"" : ", \"") << r.in[i] << '"';
+          }
+          context.out << '\n';
+        }
+      });
+}
+
+// `account lock` and `unlock`: {account, locked}.
+void PrintLocked(Context& context, const std::string& account, bool locked, bool json) {
+  if (json) {
+    render::Json document = render::Json::object();
+    document["account"] = render::JsonText(account);
+    document["locked"] = locked;
+    render::WriteJson(context.out, document);
+    return;
   }
-  if (!SaveBook(context, *book)) return 1;
-  context.out << "Removed account \"" << removed->name << "\"; its file is kept as accounts/"
-              << removed->keptAs << '\n';
-  if (removed->unlinked > 0) {
-    context.out << "Unlinked " << removed->unlinked
-                << (removed->unlinked == 1 ? " transfer" : " transfers") << " in";
-    for (std::size_t i = 0; i < removed->in.size(); ++i) {
-      context.out << (i == 0 ? " \"" : ", \"") << removed->in[i] << '"';
-    }
-    context.out << '\n';
+  if (locked) {
+    context.out << "Locked account \"" << account
+                << "\": commands on it now need its password\n";
+  } else {
+    context.out << "Unlocked account \"" << account << "\": it has no password now\n";
   }
-  return 0;
 }
 
 int LockAccount(Context& context, const ChangeOptions& options) {
@@ -174,26 +234,15 @@ int LockAccount(Context& context, const ChangeOptions& options) {
                   "with --password-stdin");
     return 2;  // a usage error
   }
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto locked = folvant::LockAccount(*book, options.account, *password);
-  PrintWarnings(context, *book);
-  if (!locked) return Fail(context, locked.error());
-  if (!SaveBook(context, *book)) return 1;
-  context.out << "Locked account \"" << *locked
-              << "\": commands on it now need its password\n";
-  return 0;
+  return ChangeBook(
+      context, [&](Book& book) { return folvant::LockAccount(book, options.account, *password); },
+      [&](const std::string& account) { PrintLocked(context, account, true, options.json); });
 }
 
 int UnlockAccount(Context& context, const ChangeOptions& options) {
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto unlocked = folvant::UnlockAccount(*book, options.account);
-  PrintWarnings(context, *book);
-  if (!unlocked) return Fail(context, unlocked.error());
-  if (!SaveBook(context, *book)) return 1;
-  context.out << "Unlocked account \"" << *unlocked << "\": it has no password now\n";
-  return 0;
+  return ChangeBook(
+      context, [&](Book& book) { return folvant::UnlockAccount(book, options.account); },
+      [&](const std::string& account) { PrintLocked(context, account, false, options.json); });
 }
 
 }  // namespace
@@ -211,6 +260,7 @@ void RegisterAccountCommand(CLI::App& app, Context& context, CommandList& action
       ->transform(AmountValue());
   create->add_option("--starting-check", options->startingCheck, "First check number")
       ->check(ZeroOrMore());
+  create->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(create, [&context, options]() { return NewAccount(context, *options); });
 
   auto json = std::make_shared<bool>(false);
@@ -230,6 +280,7 @@ void RegisterAccountCommand(CLI::App& app, Context& context, CommandList& action
   edit->add_option("--currency", change->edit.currency,
                    "Currency code (amounts are kept as they are, not converted)");
   edit->add_option("--notes", change->edit.notes, "Notes on the account (empty: none)");
+  edit->add_flag("--json", change->json, "Print JSON");
   actions.emplace_back(edit, [&context, change]() { return EditAccount(context, *change); });
 
   CLI::App* remove = account->add_subcommand("remove", "Take an account out of the book");
@@ -237,15 +288,18 @@ void RegisterAccountCommand(CLI::App& app, Context& context, CommandList& action
   remove->add_flag("--yes", change->yes, "Confirm the removal");
   remove->add_flag("--unlink", change->unlink,
                    "Unlink the transfers other accounts hold with it (they stay as entries)");
+  remove->add_flag("--json", change->json, "Print JSON");
   actions.emplace_back(remove, [&context, change]() { return RemoveAccount(context, *change); });
 
   CLI::App* lock = account->add_subcommand(
       "lock", "Give an account a password, read from the terminal or --password-stdin");
   lock->add_option("ACCOUNT", change->account, kAccount)->required();
+  lock->add_flag("--json", change->json, "Print JSON");
   actions.emplace_back(lock, [&context, change]() { return LockAccount(context, *change); });
 
   CLI::App* unlock = account->add_subcommand("unlock", "Take an account's password away");
   unlock->add_option("ACCOUNT", change->account, kAccount)->required();
+  unlock->add_flag("--json", change->json, "Print JSON");
   actions.emplace_back(unlock, [&context, change]() { return UnlockAccount(context, *change); });
 }
 

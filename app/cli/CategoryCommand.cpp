@@ -53,10 +53,25 @@ int ListCategories(Context& context, const CategoryOptions& options) {
   return 0;
 }
 
+// `category new`, `rename`, `move` and `remove`: {category, previous, reassignedTo, moved}.
+void PrintChangeJson(Context& context, const CategoryChange& c) {
+  using render::Json;
+  const auto name_or_null = [](const std::string& name) {
+    return name.empty() ? Json(nullptr) : render::JsonText(name);
+  };
+  Json document = Json::object();
+  document["category"] = name_or_null(c.category);
+  document["previous"] = name_or_null(c.previous);
+  document["reassignedTo"] = name_or_null(c.reassignedTo);
+  document["moved"] = c.moved;
+  render::WriteJson(context.out, document);
+}
+
 int NewCategory(Context& context, const CategoryOptions& options) {
   return ChangeBook(
       context, [&](Book& book) { return folvant::NewCategory(book, options.category); },
       [&](const CategoryChange& c) {
+        if (options.json) return PrintChangeJson(context, c);
         context.out << "Created category \"" << c.category << "\"\n";
       });
 }
@@ -66,6 +81,7 @@ int RenameCategory(Context& context, const CategoryOptions& options) {
       context,
       [&](Book& book) { return folvant::RenameCategory(book, options.category, options.target); },
       [&](const CategoryChange& c) {
+        if (options.json) return PrintChangeJson(context, c);
         context.out << "Renamed category \"" << c.previous << "\" to \"" << c.category << "\"\n";
       });
 }
@@ -82,6 +98,7 @@ int MoveCategory(Context& context, const CategoryOptions& options) {
                                      options.top ? std::string() : options.target);
       },
       [&](const CategoryChange& c) {
+        if (options.json) return PrintChangeJson(context, c);
         context.out << "Moved category \"" << c.previous << "\" to \"" << c.category << "\"\n";
       });
 }
@@ -99,6 +116,7 @@ int RemoveCategory(Context& context, const CategoryOptions& options) {
         return removed;
       },
       [&](const CategoryChange& c) {
+        if (options.json) return PrintChangeJson(context, c);
         context.out << "Removed category \"" << c.previous << "\"";
         if (c.moved > 0) {
           context.out << "; its " << c.moved << (c.moved == 1 ? " use" : " uses") << " moved to \""
@@ -123,12 +141,14 @@ void RegisterCategoryCommand(CLI::App& app, Context& context, CommandList& actio
 
   CLI::App* create = category->add_subcommand("new", "Create a category (its parent must exist)");
   create->add_option("CATEGORY", options->category, kPath)->required();
+  create->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(create, [&context, options]() { return NewCategory(context, *options); });
 
   CLI::App* rename = category->add_subcommand("rename", "Give a category a new name");
   rename->add_option("CATEGORY", options->category, kPath)->required();
   rename->add_option("NAME", options->target, "Its new name (one level, without \":\")")
       ->required();
+  rename->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(rename, [&context, options]() { return RenameCategory(context, *options); });
 
   CLI::App* move = category->add_subcommand("move", "Put a category under another one");
@@ -136,6 +156,7 @@ void RegisterCategoryCommand(CLI::App& app, Context& context, CommandList& actio
   auto* to = move->add_option("--to", options->target, "The new parent's full name");
   auto* top = move->add_flag("--top", options->top, "Move it to the top level");
   to->excludes(top);
+  move->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(move, [&context, options]() { return MoveCategory(context, *options); });
 
   CLI::App* remove = category->add_subcommand(
@@ -143,6 +164,7 @@ void RegisterCategoryCommand(CLI::App& app, Context& context, CommandList& actio
   remove->add_option("CATEGORY", options->category, kPath)->required();
   remove->add_option("--reassign", options->reassign,
                      "Category that takes over its entries, line items and schedules");
+  remove->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(remove, [&context, options]() { return RemoveCategory(context, *options); });
 }
 

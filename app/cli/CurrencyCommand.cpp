@@ -85,17 +85,24 @@ int ListCurrencies(Context& context, const CurrencyOptions& options) {
 
 int ChangeCurrency(Context& context, CurrencyOptions options, bool create) {
   if (options.symbolAfter || options.symbolBefore) options.settings.symbolFirst = options.symbolBefore;
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto done = create ? folvant::NewCurrency(*book, options.code, options.settings)
-                     : folvant::EditCurrency(*book, options.code, options.settings);
-  PrintWarnings(context, *book);
-  if (!done) return Fail(context, done.error());
-  if (!SaveBook(context, *book)) return 1;
-  context.out << (create ? "Created" : "Changed") << " currency " << done->code << " ("
-              << done->description << "): " << Example(*done) << ", 1 " << done->code << " = "
-              << RateText(done->rate) << ' ' << book->currency()->code() << '\n';
-  return 0;
+  std::string base;  // the base currency's code, for the text
+  return ChangeBook(
+      context,
+      [&](Book& book) {
+        auto done = create ? folvant::NewCurrency(book, options.code, options.settings)
+                           : folvant::EditCurrency(book, options.code, options.settings);
+        base = book.currency()->code();  // after the change: the base currency's code may change
+        return done;
+      },
+      [&](const CurrencyLine& c) {
+        if (options.json) {
+          render::WriteJson(context.out, JsonOf(c));
+          return;
+        }
+        context.out << (create ? "Created" : "Changed") << " currency " << c.code << " ("
+                    << c.description << "): " << Example(c) << ", 1 " << c.code << " = "
+                    << RateText(c.rate) << ' ' << base << '\n';
+      });
 }
 
 }  // namespace
@@ -127,6 +134,7 @@ void RegisterCurrencyCommand(CLI::App& app, Context& context, CommandList& actio
   CLI::App* create = currency->add_subcommand("new", "Add a currency");
   create->add_option("CODE", options->code, "Three-character code, e.g. CHF")->required();
   settings(create);
+  create->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(create,
                        [&context, options]() { return ChangeCurrency(context, *options, true); });
 
@@ -134,6 +142,7 @@ void RegisterCurrencyCommand(CLI::App& app, Context& context, CommandList& actio
   edit->add_option("CODE", options->code, "Its code")->required();
   edit->add_option("--code", options->settings.code, "A new code");
   settings(edit);
+  edit->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(edit,
                        [&context, options]() { return ChangeCurrency(context, *options, false); });
 }

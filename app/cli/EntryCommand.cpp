@@ -101,11 +101,11 @@ void PrintChangeJson(Context& context, const EntryChange& change) {
 }
 
 // "<headline>", the entry, what happened to a transfer's other side, the balance.
-int PrintChange(Context& context, const EntryChange& change, const std::string& headline,
-                bool json) {
+void PrintChange(Context& context, const EntryChange& change, const std::string& headline,
+                 bool json) {
   if (json) {
     PrintChangeJson(context, change);
-    return 0;
+    return;
   }
   const LVCurrency& currency = *change.account->currency();
   std::string out = headline + "\n";
@@ -121,7 +121,6 @@ int PrintChange(Context& context, const EntryChange& change, const std::string& 
   out += "Balance of \"" + change.account->GetName() +
          "\": " + render::AmountWriter(currency).Text(change.balance) + "\n";
   context.out << out;
-  return 0;
 }
 
 std::string Which(const EntryChange& change) {
@@ -136,24 +135,21 @@ int UsageError(Context& context, const std::string& message) {
 
 int Add(Context& context, const FieldOptions& o) {
   if (auto bad = BadAmounts(o.fields)) return UsageError(context, *bad);
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto added = AddEntry(*book, o.account, ReadFields(o), o.entry);
-  PrintWarnings(context, *book);
-  if (!added) return Fail(context, added.error());
-  if (!SaveBook(context, *book)) return 1;
-  return PrintChange(context, *added, "Added " + Which(*added) + ".", o.json);
+  return ChangeBook(
+      context, [&](Book& book) { return AddEntry(book, o.account, ReadFields(o), o.entry); },
+      [&](const EntryChange& added) {
+        PrintChange(context, added, "Added " + Which(added) + ".", o.json);
+      });
 }
 
 int Edit(Context& context, const FieldOptions& o) {
   if (auto bad = BadAmounts(o.fields)) return UsageError(context, *bad);
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto edited = EditEntry(*book, o.account, o.number, ReadFields(o), o.entry);
-  PrintWarnings(context, *book);
-  if (!edited) return Fail(context, edited.error());
-  if (!SaveBook(context, *book)) return 1;
-  return PrintChange(context, *edited, "Changed " + Which(*edited) + ".", o.json);
+  return ChangeBook(
+      context,
+      [&](Book& book) { return EditEntry(book, o.account, o.number, ReadFields(o), o.entry); },
+      [&](const EntryChange& edited) {
+        PrintChange(context, edited, "Changed " + Which(edited) + ".", o.json);
+      });
 }
 
 struct OneEntry {
@@ -186,13 +182,11 @@ int Show(Context& context, const OneEntry& o) {
 using ChangeOne = BookResult<EntryChange> (*)(Book&, std::string_view, std::int32_t);
 
 int ChangeEntry(Context& context, const OneEntry& o, ChangeOne operation, const char* verb) {
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto changed = operation(*book, o.account, o.number);
-  PrintWarnings(context, *book);
-  if (!changed) return Fail(context, changed.error());
-  if (!SaveBook(context, *book)) return 1;
-  return PrintChange(context, *changed, std::string(verb) + " " + Which(*changed) + ".", o.json);
+  return ChangeBook(
+      context, [&](Book& book) { return operation(book, o.account, o.number); },
+      [&](const EntryChange& changed) {
+        PrintChange(context, changed, std::string(verb) + " " + Which(changed) + ".", o.json);
+      });
 }
 
 struct ManyEntries {
@@ -212,15 +206,10 @@ std::string NumberList(const std::vector<std::int32_t>& numbers) {
   return text;
 }
 
-int Resolve(Context& context, const ManyEntries& o, ChangeMany operation, const char* state) {
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto changed = operation(*book, o.account, o.numbers);
-  PrintWarnings(context, *book);
-  if (!changed) return Fail(context, changed.error());
-  if (!SaveBook(context, *book)) return 1;
-  const ResolveChange& c = *changed;
-  if (o.json) {
+// "Entries 3, 4 of "Checking" marked resolved.", what was so already, the other sides of
+// transfers, the resolved balance.
+void PrintResolve(Context& context, const ResolveChange& c, const char* state, bool json) {
+  if (json) {
     render::Json document = render::Json::object();
     document["account"] = render::JsonText(c.account->GetName());
     document["changed"] = c.changed;
@@ -230,7 +219,7 @@ int Resolve(Context& context, const ManyEntries& o, ChangeMany operation, const 
     document["linked"] = std::move(linked);
     document["resolvedBalance"] = render::JsonAmount(c.resolvedBalance);
     render::WriteJson(context.out, document);
-    return 0;
+    return;
   }
   std::string out;
   const std::string name = "\"" + c.account->GetName() + "\"";
@@ -246,7 +235,12 @@ int Resolve(Context& context, const ManyEntries& o, ChangeMany operation, const 
   out += "Resolved balance of " + name + ": " +
          render::AmountWriter(*c.account->currency()).Text(c.resolvedBalance) + "\n";
   context.out << out;
-  return 0;
+}
+
+int Resolve(Context& context, const ManyEntries& o, ChangeMany operation, const char* state) {
+  return ChangeBook(
+      context, [&](Book& book) { return operation(book, o.account, o.numbers); },
+      [&](const ResolveChange& c) { PrintResolve(context, c, state, o.json); });
 }
 
 }  // namespace

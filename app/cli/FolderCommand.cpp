@@ -71,15 +71,23 @@ int ListFolders(Context& context, const FolderOptions& options) {
   return 0;
 }
 
+// `folder new`, `move` and `remove`: {account, folder, entries}.
+void PrintChangeJson(Context& context, const FolderChange& c) {
+  using render::Json;
+  Json document = Json::object();
+  document["account"] = render::JsonText(c.account);
+  document["folder"] = c.folder.empty() ? Json(nullptr) : render::JsonText(c.folder);
+  document["entries"] = c.entries;
+  render::WriteJson(context.out, document);
+}
+
 int NewFolder(Context& context, const FolderOptions& options) {
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto made = folvant::NewFolder(*book, options.account, options.name);
-  PrintWarnings(context, *book);
-  if (!made) return Fail(context, made.error());
-  if (!SaveBook(context, *book)) return 1;
-  context.out << "Created folder \"" << made->folder << "\" in \"" << made->account << "\"\n";
-  return 0;
+  return ChangeBook(
+      context, [&](Book& book) { return folvant::NewFolder(book, options.account, options.name); },
+      [&](const FolderChange& c) {
+        if (options.json) return PrintChangeJson(context, c);
+        context.out << "Created folder \"" << c.folder << "\" in \"" << c.account << "\"\n";
+      });
 }
 
 int MoveEntries(Context& context, const FolderOptions& options) {
@@ -87,35 +95,33 @@ int MoveEntries(Context& context, const FolderOptions& options) {
     Fail(context, "folder move needs --to NAME or --to-register");
     return 2;  // a usage error
   }
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto moved = folvant::MoveEntries(*book, options.account, options.entries,
+  return ChangeBook(
+      context,
+      [&](Book& book) {
+        return folvant::MoveEntries(book, options.account, options.entries,
                                     options.toRegister ? std::string() : options.to);
-  PrintWarnings(context, *book);
-  if (!moved) return Fail(context, moved.error());
-  if (!SaveBook(context, *book)) return 1;
-  context.out << "Moved " << moved->entries << (moved->entries == 1 ? " entry" : " entries")
-              << (moved->folder.empty() ? " to the register"
-                                        : " to folder \"" + moved->folder + "\"")
-              << '\n';
-  return 0;
+      },
+      [&](const FolderChange& c) {
+        if (options.json) return PrintChangeJson(context, c);
+        context.out << "Moved " << c.entries << (c.entries == 1 ? " entry" : " entries")
+                    << (c.folder.empty() ? " to the register" : " to folder \"" + c.folder + "\"")
+                    << '\n';
+      });
 }
 
 int RemoveFolder(Context& context, const FolderOptions& options) {
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto removed = folvant::RemoveFolder(*book, options.account, options.name);
-  PrintWarnings(context, *book);
-  if (!removed) return Fail(context, removed.error());
-  if (!SaveBook(context, *book)) return 1;
-  context.out << "Removed folder \"" << removed->folder << "\"";
-  if (removed->entries > 0) {
-    context.out << "; its " << removed->entries
-                << (removed->entries == 1 ? " entry is" : " entries are")
-                << " back in the register";
-  }
-  context.out << '\n';
-  return 0;
+  return ChangeBook(
+      context,
+      [&](Book& book) { return folvant::RemoveFolder(book, options.account, options.name); },
+      [&](const FolderChange& c) {
+        if (options.json) return PrintChangeJson(context, c);
+        context.out << "Removed folder \"" << c.folder << "\"";
+        if (c.entries > 0) {
+          context.out << "; its " << c.entries << (c.entries == 1 ? " entry is" : " entries are")
+                      << " back in the register";
+        }
+        context.out << '\n';
+      });
 }
 
 }  // namespace
@@ -133,6 +139,7 @@ void RegisterFolderCommand(CLI::App& app, Context& context, CommandList& actions
   CLI::App* create = folder->add_subcommand("new", "Create an empty folder");
   create->add_option("ACCOUNT", options->account, "Name or number of the account")->required();
   create->add_option("NAME", options->name, "Name of the folder")->required();
+  create->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(create, [&context, options]() { return NewFolder(context, *options); });
 
   CLI::App* move = folder->add_subcommand(
@@ -143,12 +150,14 @@ void RegisterFolderCommand(CLI::App& app, Context& context, CommandList& actions
   auto* to_register = move->add_flag("--to-register", options->toRegister,
                                      "Move the entries back to the register itself");
   to->excludes(to_register);
+  move->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(move, [&context, options]() { return MoveEntries(context, *options); });
 
   CLI::App* remove =
       folder->add_subcommand("remove", "Remove a folder; its entries go back to the register");
   remove->add_option("ACCOUNT", options->account, "Name or number of the account")->required();
   remove->add_option("NAME", options->name, "Name of the folder")->required();
+  remove->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(remove, [&context, options]() { return RemoveFolder(context, *options); });
 }
 

@@ -245,20 +245,25 @@ int History(Context& context, const std::string& account, bool json) {
   return 0;
 }
 
-int Undo(Context& context, const std::string& account) {
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto undone = UndoReconciliation(*book, account);
-  PrintWarnings(context, *book);
-  if (!undone) return Fail(context, undone.error());
-  if (!SaveBook(context, *book)) return 1;
-  const ReconciliationRecord& r = undone->record;
-  const std::size_t n = r.resolved.size();
-  context.out << "Took back the reconciliation of \"" << undone->account->GetName()
-              << "\" through " << FormatIsoDate(r.statement.date) << " (finished "
-              << FinishedText(r) << "): " << n << (n == 1 ? " entry" : " entries")
-              << " unresolved" << (n == 0 ? "" : " (" + NumberList(r.resolved) + ")") << ".\n";
-  return 0;
+int Undo(Context& context, const std::string& account, bool json) {
+  return ChangeBook(
+      context, [&](Book& book) { return UndoReconciliation(book, account); },
+      [&](const UndoneReconciliation& undone) {
+        const ReconciliationRecord& r = undone.record;
+        if (json) {
+          Json document = Json::object();
+          document["account"] = JsonText(undone.account->GetName());
+          document["reconciliation"] = RecordJson(r);
+          render::WriteJson(context.out, document);
+          return;
+        }
+        const std::size_t n = r.resolved.size();
+        context.out << "Took back the reconciliation of \"" << undone.account->GetName()
+                    << "\" through " << FormatIsoDate(r.statement.date) << " (finished "
+                    << FinishedText(r) << "): " << n << (n == 1 ? " entry" : " entries")
+                    << " unresolved" << (n == 0 ? "" : " (" + NumberList(r.resolved) + ")")
+                    << ".\n";
+      });
 }
 
 }  // namespace
@@ -294,10 +299,13 @@ void RegisterReconcileCommand(CLI::App& app, Context& context, CommandList& acti
   }
   {
     auto account = std::make_shared<std::string>();
+    auto json = std::make_shared<bool>(false);
     CLI::App* undo = reconcile->add_subcommand(
         "undo", "Take back the last reconciliation, unresolving its entries");
     undo->add_option("ACCOUNT", *account, "Name or number of the account")->required();
-    actions.emplace_back(undo, [&context, account]() { return Undo(context, *account); });
+    undo->add_flag("--json", *json, "Print JSON");
+    actions.emplace_back(undo,
+                         [&context, account, json]() { return Undo(context, *account, *json); });
   }
   actions.emplace_back(reconcile, [&context, o, balance]() {
     return Run(context, *o, balance->count() > 0);

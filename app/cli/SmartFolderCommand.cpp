@@ -1,6 +1,7 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/cli/BookAccess.h"
@@ -108,27 +109,35 @@ int ListSmartFolders(Context& context, const SmartFolderOptions& options) {
   return 0;
 }
 
+// `smart-folder new` and `remove`: {account, smartFolder}.
+void PrintChange(Context& context, const FolderChange& c, const char* verb, bool json) {
+  if (json) {
+    render::Json document = render::Json::object();
+    document["account"] = render::JsonText(c.account);
+    document["smartFolder"] = render::JsonText(c.folder);
+    render::WriteJson(context.out, document);
+    return;
+  }
+  context.out << verb << " smart folder \"" << c.folder << '"';
+  if (std::string_view(verb) == "Created") context.out << " in \"" << c.account << '"';
+  context.out << '\n';
+}
+
 int NewSmartFolder(Context& context, const SmartFolderOptions& options) {
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto made =
-      folvant::NewSmartFolder(*book, options.account, options.name, options.where, options.any);
-  PrintWarnings(context, *book);
-  if (!made) return Fail(context, made.error());
-  if (!SaveBook(context, *book)) return 1;
-  context.out << "Created smart folder \"" << made->folder << "\" in \"" << made->account << "\"\n";
-  return 0;
+  return ChangeBook(
+      context,
+      [&](Book& book) {
+        return folvant::NewSmartFolder(book, options.account, options.name, options.where,
+                                       options.any);
+      },
+      [&](const FolderChange& c) { PrintChange(context, c, "Created", options.json); });
 }
 
 int RemoveSmartFolder(Context& context, const SmartFolderOptions& options) {
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto removed = folvant::RemoveSmartFolder(*book, options.account, options.name);
-  PrintWarnings(context, *book);
-  if (!removed) return Fail(context, removed.error());
-  if (!SaveBook(context, *book)) return 1;
-  context.out << "Removed smart folder \"" << removed->folder << "\"\n";
-  return 0;
+  return ChangeBook(
+      context,
+      [&](Book& book) { return folvant::RemoveSmartFolder(book, options.account, options.name); },
+      [&](const FolderChange& c) { PrintChange(context, c, "Removed", options.json); });
 }
 
 // An option check: the value is a condition the command line reads.
@@ -166,11 +175,13 @@ void RegisterSmartFolderCommand(CLI::App& app, Context& context, CommandList& ac
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   create->add_flag("--any", options->any,
                    "Show entries that pass any condition (default: all conditions)");
+  create->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(create, [&context, options]() { return NewSmartFolder(context, *options); });
 
   CLI::App* remove = smart->add_subcommand("remove", "Remove a smart folder");
   remove->add_option("ACCOUNT", options->account, "Name or number of the account")->required();
   remove->add_option("NAME", options->name, "Name of the smart folder")->required();
+  remove->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(remove,
                        [&context, options]() { return RemoveSmartFolder(context, *options); });
 }

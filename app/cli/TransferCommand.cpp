@@ -32,23 +32,14 @@ render::Json SideJson(const ZELMAccount& account, const EntryDetails& entry, dou
   return side;
 }
 
-int Run(Context& context, const TransferOptions& o) {
-  TransferRequest request{o.from, o.to, o.amount, std::nullopt, o.description, std::nullopt};
-  if (std::int32_t date = 0; ParseDateNumber(o.date, date)) request.date = date;
-  if (o.toAmountOption->count() > 0) request.toAmount = o.toAmount;
-  auto book = OpenBook(context, Book::Access::kWrite);
-  if (!book) return 1;
-  auto made = Transfer(*book, request);
-  PrintWarnings(context, *book);
-  if (!made) return Fail(context, made.error());
-  if (!SaveBook(context, *book)) return 1;
-  const TransferChange& t = *made;
-  if (o.json) {
+// "Transferred $ 10.00 from "Checking" (entry 3) to "Savings" (entry 4)." and both balances.
+void PrintTransfer(Context& context, const TransferChange& t, bool json) {
+  if (json) {
     render::Json document = render::Json::object();
     document["from"] = SideJson(*t.from, t.debit, t.fromBalance);
     document["to"] = SideJson(*t.to, t.deposit, t.toBalance);
     render::WriteJson(context.out, document);
-    return 0;
+    return;
   }
   const render::AmountWriter from(*t.from->currency());
   const render::AmountWriter to(*t.to->currency());
@@ -59,7 +50,15 @@ int Run(Context& context, const TransferOptions& o) {
   out += ".\nBalance of \"" + t.from->GetName() + "\": " + from.Text(t.fromBalance) + "\n";
   out += "Balance of \"" + t.to->GetName() + "\": " + to.Text(t.toBalance) + "\n";
   context.out << out;
-  return 0;
+}
+
+int Run(Context& context, const TransferOptions& o) {
+  TransferRequest request{o.from, o.to, o.amount, std::nullopt, o.description, std::nullopt};
+  if (std::int32_t date = 0; ParseDateNumber(o.date, date)) request.date = date;
+  if (o.toAmountOption->count() > 0) request.toAmount = o.toAmount;
+  return ChangeBook(
+      context, [&](Book& book) { return Transfer(book, request); },
+      [&](const TransferChange& t) { PrintTransfer(context, t, o.json); });
 }
 
 }  // namespace

@@ -74,6 +74,18 @@ int ListTypes(Context& context, const TypeOptions& options) {
   return 0;
 }
 
+// `type new`, `rename` and `remove`: {account, type, previous, side, uses}.
+void PrintChangeJson(Context& context, const TypeChange& c) {
+  using render::Json;
+  Json document = Json::object();
+  document["account"] = render::JsonText(c.account);
+  document["type"] = render::JsonText(c.type);
+  document["previous"] = c.previous.empty() ? Json(nullptr) : render::JsonText(c.previous);
+  document["side"] = SideWord(c.isDeposit);
+  document["uses"] = c.uses;
+  render::WriteJson(context.out, document);
+}
+
 int NewType(Context& context, const TypeOptions& options) {
   return ChangeBook(
       context,
@@ -82,6 +94,7 @@ int NewType(Context& context, const TypeOptions& options) {
                                 options.check);
       },
       [&](const TypeChange& c) {
+        if (options.json) return PrintChangeJson(context, c);
         context.out << "Created " << SideWord(c.isDeposit) << " type \"" << c.type << "\" in \""
                     << c.account << "\"\n";
       });
@@ -95,6 +108,7 @@ int RenameType(Context& context, const TypeOptions& options) {
                                    options.newName);
       },
       [&](const TypeChange& c) {
+        if (options.json) return PrintChangeJson(context, c);
         context.out << "Renamed " << SideWord(c.isDeposit) << " type \"" << c.previous
                     << "\" to \"" << c.type << "\"\n";
       });
@@ -107,6 +121,7 @@ int RemoveType(Context& context, const TypeOptions& options) {
         return folvant::RemoveType(book, options.account, options.name, SideOf(options));
       },
       [&](const TypeChange& c) {
+        if (options.json) return PrintChangeJson(context, c);
         context.out << "Removed " << SideWord(c.isDeposit) << " type \"" << c.type << "\"";
         if (c.uses > 0) {
           context.out << "; its " << c.uses << (c.uses == 1 ? " entry keeps" : " entries keep")
@@ -128,6 +143,18 @@ int SetDefaults(Context& context, const TypeOptions& options) {
                                         options.defaultDeposit);
       },
       [&](const TypeDefaults& d) {
+        if (options.json) {
+          using render::Json;
+          const auto name_or_null = [](const std::string& name) {
+            return name.empty() ? Json(nullptr) : render::JsonText(name);
+          };
+          Json document = Json::object();
+          document["account"] = render::JsonText(d.account);
+          document["debit"] = name_or_null(d.debit);
+          document["deposit"] = name_or_null(d.deposit);
+          render::WriteJson(context.out, document);
+          return;
+        }
         auto text = [](const std::string& name) { return name.empty() ? "(none)" : "\"" + name + "\""; };
         context.out << "Default types of \"" << d.account << "\": debit " << text(d.debit)
                     << ", deposit " << text(d.deposit) << '\n';
@@ -138,6 +165,17 @@ int ImportTypes(Context& context, const TypeOptions& options) {
   return ChangeBook(
       context, [&](Book& book) { return folvant::ImportTypes(book, options.account, options.from); },
       [&](const TypeImport& i) {
+        if (options.json) {
+          using render::Json;
+          Json added = Json::array();
+          for (const std::string& name : i.added) added.push_back(render::JsonText(name));
+          Json document = Json::object();
+          document["account"] = render::JsonText(i.account);
+          document["from"] = render::JsonText(i.from);
+          document["added"] = std::move(added);
+          render::WriteJson(context.out, document);
+          return;
+        }
         context.out << "Took " << i.added.size() << (i.added.size() == 1 ? " type" : " types")
                     << " from \"" << i.from << "\" into \"" << i.account << "\"";
         for (std::size_t n = 0; n < i.added.size(); ++n) {
@@ -170,6 +208,7 @@ void RegisterTypeCommand(CLI::App& app, Context& context, CommandList& actions) 
   create->add_option("NAME", options->name, "Name of the type")->required();
   sides(create, "A debit type (the default) / a deposit type");
   create->add_flag("--check", options->check, "Entries of the type are checks");
+  create->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(create, [&context, options]() { return NewType(context, *options); });
 
   CLI::App* rename = type->add_subcommand("rename", "Give an entry type a new name");
@@ -177,6 +216,7 @@ void RegisterTypeCommand(CLI::App& app, Context& context, CommandList& actions) 
   rename->add_option("NAME", options->name, "Name of the type")->required();
   rename->add_option("NEW_NAME", options->newName, "Its new name")->required();
   sides(rename, "The debit / deposit type of that name");
+  rename->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(rename, [&context, options]() { return RenameType(context, *options); });
 
   CLI::App* remove =
@@ -184,18 +224,21 @@ void RegisterTypeCommand(CLI::App& app, Context& context, CommandList& actions) 
   remove->add_option("ACCOUNT", options->account, kAccount)->required();
   remove->add_option("NAME", options->name, "Name of the type")->required();
   sides(remove, "The debit / deposit type of that name");
+  remove->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(remove, [&context, options]() { return RemoveType(context, *options); });
 
   CLI::App* defaults = type->add_subcommand("default", "Choose the default debit and deposit types");
   defaults->add_option("ACCOUNT", options->account, kAccount)->required();
   defaults->add_option("--debit", options->defaultDebit, "Default debit type");
   defaults->add_option("--deposit", options->defaultDeposit, "Default deposit type");
+  defaults->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(defaults, [&context, options]() { return SetDefaults(context, *options); });
 
   CLI::App* import =
       type->add_subcommand("import", "Copy the types another account has and this one lacks");
   import->add_option("ACCOUNT", options->account, kAccount)->required();
   import->add_option("--from", options->from, "The account to copy from")->required();
+  import->add_flag("--json", options->json, "Print JSON");
   actions.emplace_back(import, [&context, options]() { return ImportTypes(context, *options); });
 }
 

@@ -120,7 +120,7 @@ BookResult<TypeChange> RenameType(Book& book, std::string_view name, std::string
     return Unexpected{*refused};
   }
   TypeChange change{account.GetName(), std::string(newName), renamed.GetName(),
-                    renamed.GetIsDeposit(), 0};
+                    renamed.GetIsDeposit(), Uses(account, renamed.GetNumber())};
   renamed.SetName(newName);
   SortTypes(account);
   return change;

@@ -35,7 +35,7 @@ struct TypeChange {
   std::string type;      // its name after the change
   std::string previous;  // rename: the name before
   bool isDeposit = false;
-  std::int64_t uses = 0;  // remove: entries that keep the (now inactive) type
+  std::int64_t uses = 0;  // entries of the type (remove: that keep the now inactive type)
 };
 
 BookResult<TypeListing> ListTypes(Book& book, std::string_view account);

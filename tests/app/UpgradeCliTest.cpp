@@ -141,6 +141,22 @@ TEST_F(UpgradeCli, AnUnreadableFileIsOneLineAndTheOthersAreStillUpgraded) {
   EXPECT_EQ(testing::ReadFileBytes((dir_ / "broken.plist").string()), broken_before);
   EXPECT_FALSE(fs::exists(dir_ / "broken.plist.bak"));
 
+  // With --json: the same error lines and status, and the files done as one document.
+  Write("old.plist", VersionTwoAccount(), plist::Format::kXml);
+  CommandResult json =
+      Folvant("upgrade missing.plist old.plist good.plist --preferences nowhere.plist --json");
+  EXPECT_EQ(json.status, 1);
+  EXPECT_EQ(json.err.rfind("folvant: missing.plist: ", 0), 0u) << json.err;
+  EXPECT_EQ(testing::LineCount(json.err), 1u) << json.err;
+  EXPECT_EQ(testing::JsonValues(json.out, "file"), "old.plist, good.plist") << json.out;
+  EXPECT_EQ(testing::JsonValues(json.out, "outcome"), "upgraded, current");
+  EXPECT_EQ(testing::JsonValues(json.out, "fromVersion"), "2, 8");
+  EXPECT_EQ(testing::JsonValues(json.out, "toVersion"), "8, null");
+  EXPECT_EQ(testing::JsonValues(json.out, "backup"), "old.plist.bak, null");
+  EXPECT_NE(json.out.find("\"No inactiveTypes found while upgrading account Old Checking."),
+            std::string::npos)
+      << json.out;
+
   EXPECT_EQ(Folvant("upgrade").status, 2) << "a file is required";
 }
 
