@@ -75,6 +75,14 @@ CurrencyLine LineOf(Book& book, const std::shared_ptr<LVCurrency>& c, std::int64
           accounts};
 }
 
+std::string Capitals(std::string_view text) {
+  std::string upper(text);
+  for (char& c : upper) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+  return upper;
+}
+
 std::shared_ptr<LVCurrency> Find(Book& book, std::string_view code) {
   for (const auto& c : book.currencies()) {
     if (platform::CaseInsensitiveEqual(c->code(), code)) return c;
@@ -95,8 +103,12 @@ BookResult<std::vector<CurrencyLine>> ListCurrencies(Book& book) {
   return lines;
 }
 
-BookResult<CurrencyLine> NewCurrency(Book& book, std::string_view code,
-                                     const CurrencySettings& settings) {
+BookResult<CurrencyLine> NewCurrency(Book& book, std::string_view typed,
+                                     const CurrencySettings& given) {
+  // Currency codes are written in capitals, whatever case they were typed in.
+  const std::string code = Capitals(typed);
+  CurrencySettings settings = given;
+  if (settings.code) settings.code = Capitals(*settings.code);
   if (!book.writable()) {
     return Unexpected{BookError::Of(Kind::kReadOnly, "the book was opened for reading only")};
   }
@@ -117,7 +129,9 @@ BookResult<CurrencyLine> NewCurrency(Book& book, std::string_view code,
 }
 
 BookResult<CurrencyLine> EditCurrency(Book& book, std::string_view code,
-                                      const CurrencySettings& settings) {
+                                      const CurrencySettings& given) {
+  CurrencySettings settings = given;
+  if (settings.code) settings.code = Capitals(*settings.code);
   if (!book.writable()) {
     return Unexpected{BookError::Of(Kind::kReadOnly, "the book was opened for reading only")};
   }
