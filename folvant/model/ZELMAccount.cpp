@@ -202,6 +202,8 @@ ZELMAccount::ZELMAccount()
     view->dateFilterStartDate = today;
     view->dateFilterEndDate = today;
   }
+  // In the body: the defaults are given the account's entries, so every list must exist.
+  accountSummaries_ = defaultAccountSummaries();
 }
 
 ZELMAccount::ZELMAccount(const plist::Dictionary* dict, ZELMAccountsController* controller)
@@ -342,19 +344,11 @@ void ZELMAccount::ReadDictionary(const plist::Dictionary& dict, PreparedEntries*
           "Account does not have a statementBalance in -[ZELMAccount initWithDictionary:]", {})) {
     setStatementBalance(value->doubleValue());
   }
-  if (const plist::Value* value = dict.find("accountSummaries")) {
-    const plist::Array* array = value->asArray();
-    if (array != nullptr && !array->empty()) accountSummaries_ = *array;
-  } else {
+  const plist::Value* summaries = dict.find("accountSummaries");
+  if (summaries == nullptr) {
     ZELMLog("Account does not have any account summaries in -[ZELMAccount initWithDictionary:]");
   }
-  selectedAccountSummary_ = 0;
-  if (const plist::Value* value = dict.find("selectedAccountSummary")) {
-    // Compared unsigned, so a negative index selects the first summary too.
-    const auto index = static_cast<std::uint32_t>(value->intValue());
-    if (index < accountSummaries_.size())
-      selectedAccountSummary_ = static_cast<std::int32_t>(index);
-  }
+  LoadAccountSummaries(summaries, dict.find("selectedAccountSummary"));
   const std::pair<std::string_view, ViewFilterSettings*> views[] = {
       {"entry", &entryFilter_}, {"reconcile", &reconcileFilter_}};
   for (const auto& [prefix, view] : views) {
@@ -498,8 +492,8 @@ plist::Dictionary ZELMAccount::StoredForm(bool with_entries) const {
   dict.append("preferredTos", StoredStrings(preferredTos_));
   dict.append("preferredFroms", StoredStrings(preferredFroms_));
   dict.append("statementBalance", statementBalance_);
-  dict.append("accountSummaries", accountSummaries_);
-  dict.append("selectedAccountSummary", selectedAccountSummary_);
+  dict.append("accountSummaries", accountSummariesStoredForm());
+  dict.append("selectedAccountSummary", selectedAccountSummaryIndex());
   for (const auto& [prefix, view] :
        {std::pair<std::string, const ViewFilterSettings*>{"entry", &entryFilter_},
         {"reconcile", &reconcileFilter_}}) {

@@ -20,14 +20,15 @@ namespace folvant {
 
 class LVCurrency;
 class ZELMAccountSchedule;
+class ZELMAccountSummary;
 class ZELMFilter;
 class ZELMAccountsController;
 
 // One bank account of the ledger: its register (the main entry list and the entries filed in
 // folders), entry types, currency, password, suggestion lists, schedules, smart folders,
-// import and export settings, view-filter settings and the stored form of its summaries.
-// Accounts are held by the accounts controller through std::shared_ptr; the account owns its
-// entries, types, schedules and folders and refers to the controller by a plain pointer (not
+// import and export settings, view-filter settings and summaries. Accounts are held by the
+// accounts controller through std::shared_ptr; the account owns its entries, types,
+// schedules, summaries and folders and refers to the controller by a plain pointer (not
 // owned), which must outlive it. Entries filed in the account point back to it; the account
 // clears those pointers when it goes.
 class ZELMAccount {
@@ -382,14 +383,37 @@ class ZELMAccount {
   std::int64_t numberOfPendingScheduledEntriesForDate(
       std::optional<platform::LocalTime> date) const;
 
-  // ---- Summaries ----
-  // The summaries' option dictionaries, in stored form, and the index of the one shown.
-  const plist::Array& accountSummariesStoredForm() const { return accountSummaries_; }
-  void setAccountSummariesStoredForm(plist::Array summaries) {
-    accountSummaries_ = std::move(summaries);
+  // ---- Summaries (folvant/summaries/ZELMAccountSummaries.cpp) ----
+  using SummaryList = std::vector<std::shared_ptr<ZELMAccountSummary>>;
+  // The twelve summaries of a new account (" Custom...", then all entries, expenses and income
+  // month, quarter and year to date, and tax-deductible entries last year and this year, the
+  // names localized), each given this account's entries, sorted by name.
+  SummaryList defaultAccountSummaries() const;
+  // The list, always sorted by name ignoring case.
+  const SummaryList& accountSummaries() const { return accountSummaries_; }
+  // Appends the summary, gives it this account's entries and sorts the list again. nullptr is
+  // ignored.
+  void addAccountSummary(std::shared_ptr<ZELMAccountSummary> summary);
+  // Takes the summary out of the list; the selection stays as it is, even when it was this
+  // summary.
+  void removeAccountSummary(const ZELMAccountSummary* summary);
+  // Selects the summary whether or not it is in the list (nullptr: none).
+  void selectAccountSummary(std::shared_ptr<ZELMAccountSummary> summary) {
+    selectedAccountSummary_ = std::move(summary);
   }
-  std::int32_t selectedAccountSummaryIndex() const { return selectedAccountSummary_; }
-  void setSelectedAccountSummaryIndex(std::int32_t index) { selectedAccountSummary_ = index; }
+  // Selects the summary only when it is in the list.
+  void setSelectedAccountSummary(const std::shared_ptr<ZELMAccountSummary>& summary);
+  // Ignored outside 0..count-1.
+  void selectAccountSummaryAtIndex(std::int32_t index);
+  // The selection, or the first summary when none is selected (nullptr for an empty list).
+  std::shared_ptr<ZELMAccountSummary> selectedAccountSummary() const;
+  // Sets the options present in `options` on the selected summary, then sorts the list again
+  // (the name may have changed).
+  void setAccountSummaryOptions(const plist::Dictionary* options);
+  // The stored form: the summaries' option dictionaries in list order, and the index of the
+  // selected one (0 when none is selected or it is not in the list).
+  plist::Array accountSummariesStoredForm() const;
+  std::int32_t selectedAccountSummaryIndex() const;
 
   // ---- Smart folders and view filters (folvant/filters/ZELMAccountFilters.cpp) ----
   using FilterList = std::vector<std::shared_ptr<ZELMFilter>>;
@@ -559,6 +583,11 @@ class ZELMAccount {
   void LoadSmartFolders(const plist::Value& stored);
   plist::Array SmartFoldersAsArray() const;
   EntryList FilteredEntriesForView(std::int32_t viewType) const;
+  // Summaries (folvant/summaries/ZELMAccountSummaries.cpp): a non-empty stored list replaces
+  // the list, each made from its options with no entries; then the stored selection (a
+  // missing or unusable index selects the first summary).
+  void LoadAccountSummaries(const plist::Value* stored, const plist::Value* selected);
+  void SortAccountSummaries();
   void ReadImportSettings(const plist::Dictionary& dict);
   void WriteImportSettings(plist::Dictionary& dict) const;
   void ResolveCurrency(const plist::Value* stored);
@@ -600,8 +629,8 @@ class ZELMAccount {
   std::optional<StringList> preferredDepositDescriptions_;
   std::optional<StringList> preferredTos_;
   std::optional<StringList> preferredFroms_;
-  plist::Array accountSummaries_;
-  std::int32_t selectedAccountSummary_ = 0;
+  SummaryList accountSummaries_;
+  std::shared_ptr<ZELMAccountSummary> selectedAccountSummary_;
   double statementBalance_ = 0.0;
   ViewFilterSettings entryFilter_;
   ViewFilterSettings reconcileFilter_;

@@ -58,38 +58,45 @@ Array Strings(std::vector<std::string> texts) {
   return array;
 }
 
+// A summary's whole stored options (those of a new account's first summary), renamed.
+Dictionary StoredSummary(std::string_view name) {
+  Dictionary options = *ZELMAccount().accountSummariesStoredForm().front().asDictionary();
+  options.set("name", name);
+  options.set("subtotalPeriodStyle", 4);
+  return options;
+}
+
 // Every stored key with a value other than the new-account one, in the written order.
 Dictionary FullAccount() {
   const LVCurrency krona("SEK", "Swedish Krona", "kr", false, " ", ",", 0.15, 20080301);
-  Dictionary d{
-      {"name", "Checking"},
-      {"currency", krona.asDictionary()},
-      {"icon", plist::Data{'I', 'I', '*', 0, 1, 2, 0xff}},
-      {"highResolutionIcon", plist::Data{'M', 'M', 0, '*', 9}},
-      {"number", 3},
-      {"version", 8},
-      {"entries",
-       Array{StoredEntry(1, 20080301, -12.5, "Fuel"), StoredEntry(2, 20080302, 800.0, "Salary")}},
-      {"schedules", Array{ZELMAccountSchedule().asDictionary()}},
-      {"startingCheckNumber", 1001},
-      {"numberCount", 4},
-      {"startingBalance", 250.25},
-      {"password", ""},
-      {"types", Array{StoredType("Card", 1, false), StoredType("Pay", 0, true)}},
-      {"inactiveTypes", Array{StoredType("Old", 2, false)}},
-      {"defaultDebitType", 1},
-      {"defaultDepositType", 0},
-      {"preference_Descriptions_Style", 2},
-      {"preference_ToFrom_Style", 0},
-      {"preference_Descriptions_SomeSelection", 10},
-      {"preference_ToFrom_SomeSelection", 20},
-      {"preferredDebitDescriptions", Strings({"Fuel", "Rent"})},
-      {"preferredDepositDescriptions", Strings({"Salary"})},
-      {"preferredTos", Strings({"Shell"})},
-      {"preferredFroms", Strings({"Employer"})},
-      {"statementBalance", 1037.75},
-      {"accountSummaries", Array{Dictionary{{"name", "Spending"}}, Dictionary{{"name", "B"}}}},
-      {"selectedAccountSummary", 1}};
+  Dictionary d{{"name", "Checking"},
+               {"currency", krona.asDictionary()},
+               {"icon", plist::Data{'I', 'I', '*', 0, 1, 2, 0xff}},
+               {"highResolutionIcon", plist::Data{'M', 'M', 0, '*', 9}},
+               {"number", 3},
+               {"version", 8},
+               {"entries", Array{StoredEntry(1, 20080301, -12.5, "Fuel"),
+                                 StoredEntry(2, 20080302, 800.0, "Salary")}},
+               {"schedules", Array{ZELMAccountSchedule().asDictionary()}},
+               {"startingCheckNumber", 1001},
+               {"numberCount", 4},
+               {"startingBalance", 250.25},
+               {"password", ""},
+               {"types", Array{StoredType("Card", 1, false), StoredType("Pay", 0, true)}},
+               {"inactiveTypes", Array{StoredType("Old", 2, false)}},
+               {"defaultDebitType", 1},
+               {"defaultDepositType", 0},
+               {"preference_Descriptions_Style", 2},
+               {"preference_ToFrom_Style", 0},
+               {"preference_Descriptions_SomeSelection", 10},
+               {"preference_ToFrom_SomeSelection", 20},
+               {"preferredDebitDescriptions", Strings({"Fuel", "Rent"})},
+               {"preferredDepositDescriptions", Strings({"Salary"})},
+               {"preferredTos", Strings({"Shell"})},
+               {"preferredFroms", Strings({"Employer"})},
+               {"statementBalance", 1037.75},
+               {"accountSummaries", Array{StoredSummary("Spending"), StoredSummary("B")}},
+               {"selectedAccountSummary", 1}};
   for (const std::string view : {"entry", "reconcile"}) {
     d.append(view + "FilterType", 10);
     d.append(view + "FilterData", "gas");
