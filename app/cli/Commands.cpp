@@ -18,6 +18,7 @@ void RegisterCommands(CLI::App& app, Context& context, CommandList& actions) {
   RegisterEntryCommand(app, context, actions);
   RegisterTransferCommand(app, context, actions);
   RegisterSuggestCommand(app, context, actions);
+  RegisterSummaryCommand(app, context, actions);
 }
 
 }  // namespace folvant::app

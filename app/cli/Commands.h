@@ -25,5 +25,6 @@ void RegisterReconcileCommand(CLI::App& app, Context& context, CommandList& acti
 void RegisterEntryCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterTransferCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterSuggestCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterSummaryCommand(CLI::App& app, Context& context, CommandList& actions);
 
 }  // namespace folvant::app

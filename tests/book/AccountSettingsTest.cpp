@@ -179,7 +179,7 @@ TEST_F(AccountSettingsTest, CurrencyCodesAreRefusedAsTheEditorRefusesThem) {
   ASSERT_TRUE(EditCurrency(*book_, "EUR", code));  // its own code, in other letters
   ASSERT_FALSE(book_->Save());
   Reopen();
-  EXPECT_EQ((*book_->FindAccount("Savings"))->currency()->code(), "eur");
+  EXPECT_EQ((*book_->FindAccount("Savings"))->currency()->code(), "EUR") << "kept in capitals";
   EXPECT_EQ(book_->currencies().size(), 3u);
 }
 
