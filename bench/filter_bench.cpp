@@ -19,6 +19,7 @@
 #include "folvant/filters/ZELMFilter.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntryCategory.h"
+#include "bench/BenchController.h"
 #include "folvant/model/ZELMAccountsController.h"
 #include "folvant/platform/Clock.h"
 
@@ -34,62 +35,8 @@ using EntryList = ZELMAccount::EntryList;
 
 std::size_t g_entries = 1'000'000;
 
-// A fixed-seed generator, so every run builds the same account.
-class Random {
- public:
-  std::uint32_t Below(std::uint32_t n) {
-    state_ = state_ * 6364136223846793005ULL + 1442695040888963407ULL;
-    return static_cast<std::uint32_t>(state_ >> 33) % n;
-  }
+using bench::Random;
 
- private:
-  std::uint64_t state_ = 20080615;
-};
-
-// A category tree of 8 top-level categories with 5 children each, numbered from 0.
-class Controller final : public folvant::ZELMAccountsController {
- public:
-  Controller() {
-    static const char* const kTop[] = {"Auto",   "Food",      "Home",   "Health",
-                                       "Travel", "Utilities", "Income", "Gifts"};
-    static const char* const kChild[] = {"Fuel", "Repairs", "Supplies", "Fees", "Other"};
-    std::int32_t number = 0;
-    for (const char* top : kTop) {
-      auto parent = std::make_shared<ZELMAccountEntryCategory>();
-      parent->setName(top);
-      parent->setNumber(number++);
-      byNumber_.push_back(parent);
-      for (const char* child : kChild) {
-        auto c = std::make_shared<ZELMAccountEntryCategory>();
-        c->setName(child);
-        c->setNumber(number++);
-        parent->addChild(c);
-        byNumber_.push_back(c);
-      }
-      roots_.push_back(parent);
-    }
-  }
-  std::shared_ptr<folvant::LVCurrency> currency() const override { return nullptr; }
-  std::shared_ptr<folvant::LVCurrency> currencyWithCode(std::string_view) const override {
-    return nullptr;
-  }
-  std::vector<std::shared_ptr<folvant::LVCurrency>>& currencies() override { return currencies_; }
-  std::shared_ptr<ZELMAccountEntryCategory> categoryWithNumber(std::int32_t n) const override {
-    return n >= 0 && static_cast<std::size_t>(n) < byNumber_.size() ? byNumber_[n] : nullptr;
-  }
-  std::vector<std::shared_ptr<ZELMAccountEntryCategory>> allCategories() const override {
-    return byNumber_;
-  }
-  std::shared_ptr<folvant::ZELMAccountEntryType> accountEntryTypeForNumber(
-      std::int32_t) const override {
-    return nullptr;
-  }
-  std::size_t categoryCount() const { return byNumber_.size(); }
-
- private:
-  std::vector<std::shared_ptr<ZELMAccountEntryCategory>> roots_, byNumber_;
-  std::vector<std::shared_ptr<folvant::LVCurrency>> currencies_;
-};
 
 // Payees and descriptions: mostly ASCII, a few in other scripts, as registers hold them.
 std::vector<std::string> TextPool(bool ascii_only) {
@@ -113,7 +60,7 @@ std::vector<std::string> TextPool(bool ascii_only) {
 }
 
 struct Book {
-  Controller controller;
+  bench::Controller controller{false};
   ZELMAccount account;
   EntryList asciiEntries;  // a second register whose texts are all ASCII
 

@@ -18,6 +18,7 @@
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntryCategory.h"
 #include "folvant/model/ZELMAccountEntryType.h"
+#include "bench/BenchController.h"
 #include "folvant/model/ZELMAccountsController.h"
 #include "folvant/platform/CivilDate.h"
 #include "folvant/platform/Clock.h"
@@ -35,71 +36,11 @@ using EntryList = ZELMAccount::EntryList;
 
 std::size_t g_entries = 1'000'000;
 
-// A fixed-seed generator, so every run builds the same account.
-class Random {
- public:
-  std::uint32_t Below(std::uint32_t n) {
-    state_ = state_ * 6364136223846793005ULL + 1442695040888963407ULL;
-    return static_cast<std::uint32_t>(state_ >> 33) % n;
-  }
+using bench::Random;
 
- private:
-  std::uint64_t state_ = 20080615;
-};
-
-// 8 top-level categories with 5 children each, numbered from 0; 13 types.
-class Controller final : public folvant::ZELMAccountsController {
- public:
-  Controller() {
-    static const char* const kTop[] = {"Auto",   "Food",      "Home",   "Health",
-                                       "Travel", "Utilities", "Income", "Gifts"};
-    static const char* const kChild[] = {"Fuel", "Repairs", "Supplies", "Fees", "Other"};
-    std::int32_t number = 0;
-    for (const char* top : kTop) {
-      auto parent = std::make_shared<ZELMAccountEntryCategory>();
-      parent->setName(top);
-      parent->setNumber(number++);
-      all_.push_back(parent);
-      for (const char* child : kChild) {
-        auto c = std::make_shared<ZELMAccountEntryCategory>();
-        c->setName(child);
-        c->setNumber(number++);
-        parent->addChild(c);
-        all_.push_back(c);
-      }
-    }
-    for (const auto& type : ZELMAccount::defaultTypes()) types_.push_back(type);
-    currencies_.push_back(std::make_shared<folvant::LVCurrency>("USD", "US Dollar", "$", true, ",",
-                                                                ".", 1.0, 20080101));
-  }
-  std::shared_ptr<folvant::LVCurrency> currency() const override { return currencies_.front(); }
-  std::shared_ptr<folvant::LVCurrency> currencyWithCode(std::string_view) const override {
-    return nullptr;
-  }
-  std::vector<std::shared_ptr<folvant::LVCurrency>>& currencies() override { return currencies_; }
-  std::shared_ptr<ZELMAccountEntryCategory> categoryWithNumber(std::int32_t n) const override {
-    return n >= 0 && static_cast<std::size_t>(n) < all_.size() ? all_[n] : nullptr;
-  }
-  std::vector<std::shared_ptr<ZELMAccountEntryCategory>> allCategories() const override {
-    return all_;
-  }
-  std::shared_ptr<folvant::ZELMAccountEntryType> accountEntryTypeForNumber(
-      std::int32_t number) const override {
-    for (const auto& type : types_) {
-      if (type->GetNumber() == number) return type;
-    }
-    return nullptr;
-  }
-  std::uint32_t categoryCount() const { return static_cast<std::uint32_t>(all_.size()); }
-
- private:
-  std::vector<std::shared_ptr<ZELMAccountEntryCategory>> all_;
-  std::vector<std::shared_ptr<folvant::ZELMAccountEntryType>> types_;
-  std::vector<std::shared_ptr<folvant::LVCurrency>> currencies_;
-};
 
 struct Book {
-  Controller controller;
+  bench::Controller controller{true};
   ZELMAccount account;
 
   Book() {
