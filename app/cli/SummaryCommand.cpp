@@ -354,6 +354,9 @@ void PrintJson(Context& context, const SummaryResult& r) {
   Json document = Json::object();
   document["title"] = JsonText(r.title);
   document["accounts"] = std::move(accounts);
+  Json lockedOut = Json::array();
+  for (const auto& name : r.lockedOut) lockedOut.push_back(JsonText(name));
+  document["lockedOut"] = std::move(lockedOut);
   document["currency"] = r.currency ? Json(r.currency->code()) : Json(nullptr);
   document["summary"] = DefinitionJson(r.definition);
   document["report"] = std::move(report);
@@ -434,8 +437,14 @@ void PrintText(Context& context, const SummaryResult& r, const Options& o) {
   const render::AmountWriter amounts(*r.currency);
   const ZELMSummaryReport& report = r.report;
   std::string out = r.title + "\n";
+  for (const auto& name : r.lockedOut) {
+    out += "Left out \"" + name + "\": it is locked (give its password to include it)\n";
+  }
   out += "Range: " + FormatIsoDate(Day(report.startDate)) + " to " +
-         FormatIsoDate(Day(report.endDate)) + " (" + r.definition.range + "), " +
+         FormatIsoDate(Day(report.endDate)) +
+         (r.definition.range.find("..") == std::string::npos ? " (" + r.definition.range + ")"
+                                                             : std::string()) +
+         ", " +
          (r.period == 5 ? std::string("in one period") : "by " + r.definition.period) + "; " +
          Takes(r.definition) + "\n";
   out += "Start balance: " + amounts.Text(report.startBalance) +

@@ -223,7 +223,11 @@ BookResult<SummaryResult> ShowSummary(Book& book, std::string_view name,
   SummaryResult result;
   if (allAccounts) {
     for (const auto& a : book.LoadAllAccounts()) {
-      if (!a->IsAuthenticated()) continue;
+      // A locked account asks for its password, as naming it would; without it, it is left out.
+      if (!a->IsAuthenticated() && !book.AccountWithNumber(a->GetNumber())) {
+        result.lockedOut.push_back(a->GetName());
+        continue;
+      }
       result.accounts.push_back(a);
     }
   } else {
