@@ -66,7 +66,7 @@ std::shared_ptr<ZELMAccountSummary> Find(const ZELMAccount& account, std::string
   return nullptr;
 }
 
-BookResult<std::shared_ptr<ZELMAccountSummary>> Named_(const ZELMAccount& account,
+BookResult<std::shared_ptr<ZELMAccountSummary>> SummaryNamed(const ZELMAccount& account,
                                                        std::string_view name) {
   if (auto s = Find(account, name)) return s;
   std::string names;
@@ -212,7 +212,7 @@ BookResult<SummaryResult> ShowSummary(Book& book, std::string_view name,
   if (!account) return Unexpected{account.error()};
   std::shared_ptr<ZELMAccountSummary> stored;
   if (summaryName) {
-    auto found = Named_(**account, *summaryName);
+    auto found = SummaryNamed(**account, *summaryName);
     if (!found) return Unexpected{found.error()};
     stored = *found;
   } else {
@@ -261,8 +261,8 @@ BookResult<SummaryResult> ShowSummary(Book& book, std::string_view name,
   result.currency = s.currency();
   result.definition = Definition(s, stored == (*account)->selectedAccountSummary());
   result.period = s.subtotalPeriodStyle();
-  const std::string name_ = Words(s.name()).empty() ? "Summary" : s.name();
-  result.title = name_.substr(name_.find_first_not_of(' ')) + " of " +
+  const std::string shown = Words(s.name()).empty() ? "Summary" : s.name();
+  result.title = shown.substr(shown.find_first_not_of(' ')) + " of " +
                  (allAccounts ? std::string("every account") : Quote((*account)->GetName()));
   return result;
 }
@@ -291,7 +291,7 @@ BookResult<SummaryChange> EditSummary(Book& book, std::string_view name, const s
   auto account = book.AccountToChange(name);
   if (!account) return Unexpected{account.error()};
   ZELMAccount& a = **account;
-  auto found = Named_(a, summary);
+  auto found = SummaryNamed(a, summary);
   if (!found) return Unexpected{found.error()};
   const auto s = *found;
   if (options.name) {
@@ -316,7 +316,7 @@ BookResult<SummaryChange> RemoveSummary(Book& book, std::string_view name,
   auto account = book.AccountToChange(name);
   if (!account) return Unexpected{account.error()};
   ZELMAccount& a = **account;
-  auto found = Named_(a, summary);
+  auto found = SummaryNamed(a, summary);
   if (!found) return Unexpected{found.error()};
   const bool selected = *found == a.selectedAccountSummary();
   a.removeAccountSummary(found->get());
@@ -329,7 +329,7 @@ BookResult<SummaryChange> SelectSummary(Book& book, std::string_view name,
                                         const std::string& summary) {
   auto account = book.AccountToChange(name);
   if (!account) return Unexpected{account.error()};
-  auto found = Named_(**account, summary);
+  auto found = SummaryNamed(**account, summary);
   if (!found) return Unexpected{found.error()};
   (*account)->setSelectedAccountSummary(*found);
   return SummaryChange{*account, Definition(**found, true)};
