@@ -235,7 +235,8 @@ BookResult<SummaryResult> ShowSummary(Book& book, std::string_view name,
   }
   ZELMAccountSummary::AccountList accounts;
   for (const auto& a : result.accounts) {
-    const auto& own = a->GetEntries();
+    // Folders' entries too: they count in the account's balances, so in the report.
+    const auto own = a->GetAllEntries();
     entries.insert(entries.end(), own.begin(), own.end());
     accounts.push_back(a.get());
   }
