@@ -354,9 +354,11 @@ void PrintJson(Context& context, const SummaryResult& r) {
   Json document = Json::object();
   document["title"] = JsonText(r.title);
   document["accounts"] = std::move(accounts);
-  Json lockedOut = Json::array();
-  for (const auto& name : r.lockedOut) lockedOut.push_back(JsonText(name));
-  document["lockedOut"] = std::move(lockedOut);
+  Json leftOut = Json::array();
+  for (const auto& [name, why] : r.leftOut) {
+    leftOut.push_back(Json::object({{"account", JsonText(name)}, {"why", JsonText(why)}}));
+  }
+  document["leftOut"] = std::move(leftOut);
   document["currency"] = r.currency ? Json(r.currency->code()) : Json(nullptr);
   document["summary"] = DefinitionJson(r.definition);
   document["report"] = std::move(report);
@@ -437,9 +439,7 @@ void PrintText(Context& context, const SummaryResult& r, const Options& o) {
   const render::AmountWriter amounts(*r.currency);
   const ZELMSummaryReport& report = r.report;
   std::string out = r.title + "\n";
-  for (const auto& name : r.lockedOut) {
-    out += "Left out \"" + name + "\": it is locked (give its password to include it)\n";
-  }
+  for (const auto& [name, why] : r.leftOut) out += "Left out of the report: " + why + "\n";
   out += "Range: " + FormatIsoDate(Day(report.startDate)) + " to " +
          FormatIsoDate(Day(report.endDate)) +
          (r.definition.range.find("..") == std::string::npos ? " (" + r.definition.range + ")"
@@ -541,6 +541,10 @@ int Show(Context& context, const Options& o) {
   if (o.json) {
     PrintJson(context, *result);
   } else if (o.csv) {
+    // The tables stay plain CSV; what was left out goes to the error stream.
+    for (const auto& [name, why] : result->leftOut) {
+      context.err << "folvant: left out of the report: " << why << '\n';
+    }
     PrintCsv(context, *result);
   } else {
     PrintText(context, *result, o);

@@ -222,13 +222,15 @@ BookResult<SummaryResult> ShowSummary(Book& book, std::string_view name,
   ZELMAccountSummary::EntryList entries;
   SummaryResult result;
   if (allAccounts) {
-    for (const auto& a : book.LoadAllAccounts()) {
-      // A locked account asks for its password, as naming it would; without it, it is left out.
-      if (!a->IsAuthenticated() && !book.AccountWithNumber(a->GetNumber())) {
-        result.lockedOut.push_back(a->GetName());
-        continue;
+    // A locked account asks for its password, as naming it would; one that cannot be read
+    // (locked without its password, damaged) is left out, and the report says why.
+    for (const AccountListing& listed : book.ListAccounts()) {
+      auto a = book.AccountWithNumber(listed.number);
+      if (a) {
+        result.accounts.push_back(*a);
+      } else {
+        result.leftOut.push_back({listed.name, a.error().message});
       }
-      result.accounts.push_back(a);
     }
   } else {
     result.accounts.push_back(*account);

@@ -78,7 +78,8 @@ BookResult<SummaryListing> ListSummaries(Book& book, std::string_view account);
 struct SummaryResult {
   std::string title;  // "Expenses, Year To Date" of "Checking", or of every account
   std::vector<std::shared_ptr<ZELMAccount>> accounts;
-  std::vector<std::string> lockedOut;  // locked accounts left out for want of their passwords
+  // The accounts an all-accounts report could not read, with why (locked, damaged).
+  std::vector<std::pair<std::string, std::string>> leftOut;
   std::shared_ptr<LVCurrency> currency;  // the report's amounts are in it
   SummaryDefinition definition;
   std::int32_t period = 2;
