@@ -632,6 +632,10 @@ BookResult<ResolveChange> UnresolveEntries(Book& book, std::string_view account,
   return SetResolved(book, account, numbers, false);
 }
 
+std::shared_ptr<ZELMAccountEntryType> TransferType(const ZELMAccount& account, bool debit) {
+  return TypeNamed(account, "Transfer", debit);
+}
+
 BookResult<double> AmountReceived(const ZELMAccount& a, const ZELMAccount& b, double amount,
                                   std::optional<double> toAmount) {
   const auto positive = [](double x) { return std::isfinite(x) && x > 0 && x <= kLargestAmount; };
@@ -660,7 +664,7 @@ BookResult<double> AmountReceived(const ZELMAccount& a, const ZELMAccount& b, do
 std::shared_ptr<ZELMAccountEntry> LinkTransfer(ZELMAccount& b, ZELMAccountEntry& debit,
                                                double received) {
   auto deposit = std::make_shared<ZELMAccountEntry>();
-  if (auto t = TypeNamed(b, "Transfer", false)) deposit->SetType(t->GetNumber());
+  if (auto t = TransferType(b, false)) deposit->SetType(t->GetNumber());
   deposit->SetNumber(b.NextAvailableNumber());
   b.AddEntry(deposit);
   const ZELMAccount* a = debit.GetAccount();
@@ -692,7 +696,7 @@ BookResult<TransferChange> Transfer(Book& book, const TransferRequest& r) {
   debit->SetIsDebit(true);
   debit->SetDescription(r.description);
   debit->SetToFrom(b.GetName());
-  if (auto t = TypeNamed(a, "Transfer", true)) debit->SetType(t->GetNumber());
+  if (auto t = TransferType(a, true)) debit->SetType(t->GetNumber());
   debit->SetNumber(a.NextAvailableNumber());
   a.AddEntry(debit);
   auto deposit = LinkTransfer(b, *debit, *received);

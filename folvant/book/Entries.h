@@ -14,6 +14,7 @@ namespace folvant {
 class Book;
 class ZELMAccount;
 class ZELMAccountEntry;
+class ZELMAccountEntryType;
 
 // One split line item as a person gives it.
 struct SplitFields {
@@ -137,6 +138,9 @@ struct TransferChange {
 };
 BookResult<TransferChange> Transfer(Book& book, const TransferRequest& request);
 
+// The account's type a transfer's side takes: its debit or deposit type named "Transfer", any
+// case; nullptr when it has none.
+std::shared_ptr<ZELMAccountEntryType> TransferType(const ZELMAccount& account, bool debit);
 // What `to` receives when `amount` (positive) leaves `from`: the amount itself between accounts
 // of one currency, else `toAmount` when given or the amount converted with the rates.
 BookResult<double> AmountReceived(const ZELMAccount& from, const ZELMAccount& to, double amount,

@@ -171,9 +171,7 @@ std::optional<BookError> SetEntryFields(Book& book, ZELMAccount& a, ZELMAccountS
     if (other && (adding || entry.transferTo)) {
       if (!fields.toFrom) fields.toFrom = other->GetName();
       if (!fields.type) {
-        for (const auto& t : a.GetDebitTypes()) {
-          if (platform::CaseInsensitiveEqual(t->GetName(), "Transfer")) fields.type = t->GetName();
-        }
+        if (auto t = TransferType(a, true)) fields.type = t->GetName();
       }
     }
   }
