@@ -23,6 +23,8 @@ class ZELMAccountSchedule;
 class ZELMAccountSummary;
 class ZELMFilter;
 class ZELMAccountsController;
+struct QIFExportOptions;
+struct TabDelimitedExportOptions;
 
 // One bank account of the ledger: its register (the main entry list and the entries filed in
 // folders), entry types, currency, password, suggestion lists, schedules, smart folders,
@@ -414,6 +416,12 @@ class ZELMAccount {
   // selected one (0 when none is selected or it is not in the list).
   plist::Array accountSummariesStoredForm() const;
   std::int32_t selectedAccountSummaryIndex() const;
+
+  // ---- Export (folvant/exchange/ZELMAccountExport.cpp) ----
+  // The register as one QIF "Bank" register; nullptr: the default options.
+  std::string asQIFStringWithOptions(const QIFExportOptions* options) const;
+  // The register as tab-separated rows with a running balance; nullptr: the default options.
+  std::string asTabDelimitedStringWithOptions(const TabDelimitedExportOptions* options) const;
 
   // ---- Smart folders and view filters (folvant/filters/ZELMAccountFilters.cpp) ----
   using FilterList = std::vector<std::shared_ptr<ZELMFilter>>;
