@@ -1,5 +1,8 @@
 #include "folvant/exchange/ImportRecord.h"
 
+#include <set>
+#include <utility>
+
 namespace folvant {
 
 plist::Dictionary ImportRecord::asDictionary() const {
@@ -28,6 +31,16 @@ plist::Dictionary ImportRecord::asDictionary() const {
     dict.set("splits", std::move(array));
   }
   return dict;
+}
+
+void AddImportTypes(const ImportRecords& records, std::vector<ImportType>& types) {
+  std::set<std::pair<std::string, bool>> seen;
+  for (const ImportType& type : types) seen.emplace(type.name, type.isDeposit);
+  for (const ImportRecord& record : records) {
+    if (!record.type) continue;
+    const bool isDeposit = record.isDeposit.value_or(false);
+    if (seen.emplace(*record.type, isDeposit).second) types.push_back({*record.type, isDeposit});
+  }
 }
 
 }  // namespace folvant

@@ -32,6 +32,9 @@ struct ImportRecord {
   std::optional<std::string> notes;
   std::optional<std::string> fitID;
   std::optional<std::vector<ImportSplit>> splits;
+  // The date as the file writes it, kept by the readers whose date order depends on a format,
+  // so that the order can be chosen after reading. Not part of the dictionary.
+  std::optional<std::string> dateText;
 
   // The record as a dictionary with the keys "date", "amount", "isDeposit", "toFrom",
   // "description", "category", "cleared", "number", "type", "notes", "fitID" and "splits"
@@ -47,5 +50,9 @@ struct ImportType {
   bool isDeposit = false;
   friend bool operator==(const ImportType&, const ImportType&) = default;
 };
+
+// Adds to `types` every (type name, deposit) pair of the records that is not there yet, in the
+// order met; one name can so appear once as a deposit type and once as a debit type.
+void AddImportTypes(const ImportRecords& records, std::vector<ImportType>& types);
 
 }  // namespace folvant
