@@ -8,6 +8,7 @@
 #include "app/cli/BookAccess.h"
 #include "app/cli/Options.h"
 #include "app/cli/Commands.h"
+#include "app/cli/FilterOptions.h"
 #include "app/render/AmountText.h"
 #include "app/render/Json.h"
 #include "app/render/Table.h"
@@ -25,63 +26,9 @@ struct RegisterOptions {
   RegisterQuery query;
   std::string sort = "date";
   bool json = false;
-  // The view filter; each is applied only when given on the command line.
-  std::string search, field, dates;
-  bool resolved = false, unresolved = false, taxDeductible = false, notTaxDeductible = false;
-  CLI::Option* searchOption = nullptr;
-  CLI::Option* fieldOption = nullptr;
-  CLI::Option* datesOption = nullptr;
+  FilterOptions filter;
+  bool reset = false;
 };
-
-// The code of a word in `words`, or nullopt.
-std::optional<std::int32_t> CodeOf(const std::vector<RegisterWord>& words, std::string_view word) {
-  for (const RegisterWord& w : words) {
-    if (word == w.word) return w.code;
-  }
-  return std::nullopt;
-}
-
-std::string WordList(const std::vector<RegisterWord>& words) {
-  std::string list;
-  for (const RegisterWord& w : words) list += std::string(list.empty() ? "" : ", ") + w.word;
-  return list;
-}
-
-// FROM..TO as two days; false when the text is not such a range.
-bool ParseCustomRange(std::string_view text, std::int32_t& from, std::int32_t& to) {
-  const auto dots = text.find("..");
-  return dots != std::string_view::npos && ParseDateNumber(text.substr(0, dots), from) &&
-         ParseDateNumber(text.substr(dots + 2), to) && from <= to;
-}
-
-std::string ValidateDates(const std::string& text) {
-  std::int32_t from = 0, to = 0;
-  if (CodeOf(RegisterDateRanges(), text) || ParseCustomRange(text, from, to)) return {};
-  return "\"" + text + "\" is not a date range; use one of: " + WordList(RegisterDateRanges()) +
-         ", or FROM..TO (YYYY-MM-DD..YYYY-MM-DD, FROM not after TO)";
-}
-
-RegisterFilterChange FilterChange(const RegisterOptions& o) {
-  RegisterFilterChange change;
-  change.reset = o.query.filter.reset;
-  if (o.searchOption->count() > 0) change.search = o.search;
-  if (o.fieldOption->count() > 0) change.field = CodeOf(RegisterSearchFields(), o.field);
-  if (o.datesOption->count() > 0) {
-    std::int32_t from = 0, to = 0;
-    if (ParseCustomRange(o.dates, from, to)) {
-      change.dates = kShowCustomDates;
-      change.from = from;
-      change.to = to;
-    } else {
-      change.dates = CodeOf(RegisterDateRanges(), o.dates);
-    }
-  }
-  if (o.resolved) change.resolved = kShowResolvedOnly;
-  if (o.unresolved) change.resolved = kShowUnresolvedOnly;
-  if (o.taxDeductible) change.taxDeductible = kShowTaxDeductibleOnly;
-  if (o.notTaxDeductible) change.taxDeductible = kShowNotTaxDeductibleOnly;
-  return change;
-}
 
 std::string_view ResolvedMark(const RegisterRow& row) {
   return row.resolved ? (row.isVoid ? "RV" : "R") : (row.isVoid ? "V" : "");
@@ -269,7 +216,8 @@ void PrintJson(Context& context, const RegisterView& view) {
 int Show(Context& context, RegisterOptions& options) {
   options.query.sort =
       static_cast<RegisterSort>(*CodeOf(RegisterSortWords(), options.sort));
-  options.query.filter = FilterChange(options);
+  options.query.filter = FilterChangeOf(options.filter);
+  options.query.filter.reset = options.reset;
   // Only a query that may change the stored filter opens the book for changing.
   auto book = OpenBook(context, options.query.filter.any() ? Book::Access::kWrite
                                                            : Book::Access::kRead);
@@ -285,16 +233,6 @@ int Show(Context& context, RegisterOptions& options) {
   return 0;
 }
 
-// A check that the value is one of the words.
-CLI::Validator OneOf(const std::vector<RegisterWord>& words, const char* what) {
-  return CLI::Validator(
-      [&words, what](const std::string& value) -> std::string {
-        if (CodeOf(words, value)) return {};
-        return "\"" + value + "\" is not " + what + "; use one of: " + WordList(words);
-      },
-      "");
-}
-
 }  // namespace
 
 void RegisterRegisterCommand(CLI::App& app, Context& context, CommandList& actions) {
@@ -307,27 +245,9 @@ void RegisterRegisterCommand(CLI::App& app, Context& context, CommandList& actio
   reg->add_flag("--json", options->json, "Print JSON");
 
   // The view filter, stored in the account and applied to every later register until reset.
-  options->searchOption =
-      reg->add_option("--search", options->search,
-                      "Show entries whose text contains TEXT (filter options are remembered)");
-  options->fieldOption =
-      reg->add_option("--field", options->field,
-                      "Field searched: " + WordList(RegisterSearchFields()))
-          ->check(OneOf(RegisterSearchFields(), "a field"));
-  options->datesOption =
-      reg->add_option("--dates", options->dates,
-                      "Date range: all, through-today, today, yesterday, this-/last-week, "
-                      "-month, -quarter, -year, week-/month-/quarter-/year-to-date, or FROM..TO")
-          ->check(ValidateDates);
-  auto* resolved = reg->add_flag("--resolved", options->resolved, "Show resolved entries only");
-  reg->add_flag("--unresolved", options->unresolved, "Show unresolved entries only")
-      ->excludes(resolved);
-  auto* tax =
-      reg->add_flag("--tax-deductible", options->taxDeductible, "Show tax-deductible entries only");
-  reg->add_flag("--not-tax-deductible", options->notTaxDeductible,
-                "Show entries that are not tax-deductible only")
-      ->excludes(tax);
-  reg->add_flag("--reset", options->query.filter.reset,
+  AddFilterOptions(*reg, options->filter,
+                   "Show entries whose text contains TEXT (filter options are remembered)");
+  reg->add_flag("--reset", options->reset,
                 "Forget the stored filter first (other filter options then apply)");
   auto* folder = reg->add_option("--folder", options->query.folder, "Show this folder only");
   reg->add_option("--smart-folder", options->query.smartFolder, "Show this smart folder")
