@@ -19,6 +19,7 @@ void RegisterCommands(CLI::App& app, Context& context, CommandList& actions) {
   RegisterTransferCommand(app, context, actions);
   RegisterSuggestCommand(app, context, actions);
   RegisterSummaryCommand(app, context, actions);
+  RegisterImportCommand(app, context, actions);
 }
 
 }  // namespace folvant::app

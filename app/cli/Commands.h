@@ -26,5 +26,6 @@ void RegisterEntryCommand(CLI::App& app, Context& context, CommandList& actions)
 void RegisterTransferCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterSuggestCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterSummaryCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterImportCommand(CLI::App& app, Context& context, CommandList& actions);
 
 }  // namespace folvant::app

@@ -751,3 +751,21 @@ BookResult<SuggestionList> Suggestions(Book& book, std::string_view name, std::s
 }
 
 }  // namespace folvant
+
+namespace folvant {
+
+std::shared_ptr<ZELMAccountEntryCategory> CategoryNamed(const Book& book,
+                                                        std::string_view fullName) {
+  return FindCategory(book, fullName);
+}
+
+std::int32_t MakeCategoryNamed(Book& book, const std::string& fullName) {
+  return MakeCategory(book, CategoryRef{-1, fullName});
+}
+
+std::shared_ptr<ZELMAccountEntryType> AccountTypeNamed(const ZELMAccount& account,
+                                                       std::string_view name, bool debit) {
+  return TypeNamed(account, name, debit);
+}
+
+}  // namespace folvant

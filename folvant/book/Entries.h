@@ -15,6 +15,7 @@ class Book;
 class ZELMAccount;
 class ZELMAccountEntry;
 class ZELMAccountEntryType;
+class ZELMAccountEntryCategory;
 
 // One split line item as a person gives it.
 struct SplitFields {
@@ -157,6 +158,15 @@ std::optional<BookError> ApplyToTemplate(Book& book, const ZELMAccount& account,
                                          ZELMAccountEntry& target, bool adding,
                                          const EntryFields& fields, const std::string& name,
                                          bool newCategory);
+
+// The category of that full name in the book's tree (any case), or nullptr.
+std::shared_ptr<ZELMAccountEntryCategory> CategoryNamed(const Book& book, std::string_view fullName);
+// The number of the category of that full name ("Parent:Child"), made with any missing parents
+// when the book has none; the name must be well formed.
+std::int32_t MakeCategoryNamed(Book& book, const std::string& fullName);
+// The account's type of that name (any case) and direction, retired ones included; nullptr.
+std::shared_ptr<ZELMAccountEntryType> AccountTypeNamed(const ZELMAccount& account,
+                                                       std::string_view name, bool debit);
 
 // The account's preferred suggestion lists ("to": payees of debits, "from": payers of deposits,
 // "description": descriptions of both), those starting with `prefix` ignoring case.

@@ -280,4 +280,19 @@ BookResult<RegisterView> ShowRegister(Book& book, const RegisterQuery& query) {
   return view;
 }
 
+std::shared_ptr<ZELMFilter> FilterForChange(ZELMAccount& account,
+                                            const RegisterFilterChange& change) {
+  const ViewSettings before = ReadSettings(account);
+  Apply(account, change);
+  std::shared_ptr<ZELMFilter> filter = account.filterForViewType(0);
+  account.setEntryFilterType(before.filterType);
+  account.setEntryFilterData(&before.data);
+  account.setEntryResolvedFilterType(before.resolved);
+  account.setEntryTaxDeductibleFilterType(before.taxDeductible);
+  account.setEntryDateFilterType(before.dateType);
+  account.setEntryDateFilterStartDate(before.start);
+  account.setEntryDateFilterEndDate(before.end);
+  return filter;
+}
+
 }  // namespace folvant

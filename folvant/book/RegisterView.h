@@ -15,6 +15,7 @@ namespace folvant {
 class Book;
 class ZELMAccount;
 class ZELMAccountEntry;
+class ZELMFilter;
 
 // The orders of the register. The first seven are the account's own sort keys, by number.
 enum class RegisterSort : std::int32_t {
@@ -116,5 +117,10 @@ const std::vector<RegisterWord>& RegisterSortWords();
 // The register of an account: the stored filter (changed and saved first when the query says
 // so), the folder or smart folder, the order, the running balances.
 BookResult<RegisterView> ShowRegister(Book& book, const RegisterQuery& query);
+
+// The view filter the change makes of the account's stored one, for one use: the account's
+// settings are left as they were.
+std::shared_ptr<ZELMFilter> FilterForChange(ZELMAccount& account,
+                                            const RegisterFilterChange& change);
 
 }  // namespace folvant

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace folvant {
 
+class ZELMAccount;
 class ZELMFilter;
 
 // How an account is written as QIF.
@@ -22,5 +24,10 @@ struct TabDelimitedExportOptions {
   // As for QIF: the selected entries, without the opening row.
   const ZELMFilter* exportFilter = nullptr;
 };
+
+// The rows of the tab-separated export, field by field: the header, the opening row (without a
+// filter; it has an empty thirteenth field) and one row per entry with the running balance.
+std::vector<std::vector<std::string>> DelimitedExportRows(const ZELMAccount& account,
+                                                         const ZELMFilter* filter);
 
 }  // namespace folvant

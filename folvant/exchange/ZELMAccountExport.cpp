@@ -75,37 +75,49 @@ std::string ZELMAccount::asQIFStringWithOptions(const QIFExportOptions* options)
   return text;
 }
 
-std::string ZELMAccount::asTabDelimitedStringWithOptions(
-    const TabDelimitedExportOptions* options) const {
-  const ZELMFilter* filter = options != nullptr ? options->exportFilter : nullptr;
-  double balance = GetStartingBalance();
+std::vector<std::vector<std::string>> DelimitedExportRows(const ZELMAccount& account,
+                                                         const ZELMFilter* filter) {
+  double balance = account.GetStartingBalance();
   auto date = [](std::int32_t number) {
     return platform::FormatShortDate(DateNumberToNSCalendarDate(number));
   };
-
-  std::string text =
-      "Date\tType\tDescription\tTo/From\tCategory\tResolved\tTax-Deductible\tAmount\tKind\tCheck "
-      "#\tID\tBalance\n";
+  std::vector<std::vector<std::string>> rows;
+  rows.push_back({"Date", "Type", "Description", "To/From", "Category", "Resolved",
+                  "Tax-Deductible", "Amount", "Kind", "Check #", "ID", "Balance"});
   if (filter == nullptr) {
-    // The opening row ends with one tab more than the others.
-    const std::string starting = FormatFixed2(GetStartingBalance());
-    text += platform::FormatShortDate(OpeningDate(*this)) + "\t\t" + Localized("Starting Balance") +
-            "\t\t\tYes\t\t" + starting + "\t\t\t\t" + starting + "\t\n";
+    // The opening row has one field more than the others, an empty one at the end.
+    const std::string starting = FormatFixed2(account.GetStartingBalance());
+    rows.push_back({platform::FormatShortDate(OpeningDate(account)), "",
+                    Localized("Starting Balance"), "", "", "Yes", "", starting, "", "", "",
+                    starting, ""});
   }
-  for (const auto& entry : ExportedEntries(*this, filter)) {
-    const auto type = accountEntryTypeForNumber(entry->GetType());
+  const ZELMAccount::EntryList entries = ExportedEntries(account, filter);
+  rows.reserve(rows.size() + entries.size());
+  for (const auto& entry : entries) {
+    const auto type = account.accountEntryTypeForNumber(entry->GetType());
     balance += entry->GetAmount();
-    text += date(entry->GetDate());
-    text += '\t';
-    text += type != nullptr ? type->GetName() : std::string();
-    text += '\t' + entry->GetDescription() + '\t' + entry->GetToFrom() + '\t';
-    text += CategoryName(*this, entry->GetCategory());
-    text += entry->GetCleared() != 0 ? "\tYes" : "\tNo";
-    text += entry->GetTaxDeductible() ? "\tYes\t" : "\tNo\t";
-    text += FormatFixed2(entry->GetAmount());
-    text += entry->IsDebit() ? "\tDebit\t" : entry->IsDeposit() ? "\tDeposit\t" : "\t\t";
-    if (entry->GetCheckNumber() > -1) text += std::to_string(entry->GetCheckNumber());
-    text += '\t' + std::to_string(entry->GetNumber()) + '\t' + FormatFixed2(balance) + '\n';
+    rows.push_back({date(entry->GetDate()), type != nullptr ? type->GetName() : std::string(),
+                    entry->GetDescription(), entry->GetToFrom(),
+                    CategoryName(account, entry->GetCategory()),
+                    entry->GetCleared() != 0 ? "Yes" : "No",
+                    entry->GetTaxDeductible() ? "Yes" : "No", FormatFixed2(entry->GetAmount()),
+                    entry->IsDebit() ? "Debit" : entry->IsDeposit() ? "Deposit" : "",
+                    entry->GetCheckNumber() > -1 ? std::to_string(entry->GetCheckNumber()) : "",
+                    std::to_string(entry->GetNumber()), FormatFixed2(balance)});
+  }
+  return rows;
+}
+
+std::string ZELMAccount::asTabDelimitedStringWithOptions(
+    const TabDelimitedExportOptions* options) const {
+  std::string text;
+  for (const auto& row :
+       DelimitedExportRows(*this, options != nullptr ? options->exportFilter : nullptr)) {
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      if (i > 0) text += '\t';
+      text += row[i];
+    }
+    text += '\n';
   }
   return text;
 }

@@ -247,7 +247,10 @@ void ZELMQIFImport::Route(ImportRecord& record, std::int32_t code, std::string_v
 
 ImportRecord ZELMQIFImport::EntryStringToEntry(std::string_view text) const {
   ImportRecord record = NewRecord();
-  if (auto date = Field(text, 'D')) record.date = DateOfDateString(*date);
+  if (auto date = Field(text, 'D')) {
+    record.date = DateOfDateString(*date);
+    record.dateText = std::string(*date);
+  }
   if (auto amount = Field(text, 'T')) SetRecordAmount(record, AmountOfAmountString(*amount));
   if (auto payee = Field(text, 'P')) Route(record, swapOptions_ToFrom_, *payee);
   if (auto memo = Field(text, 'M')) Route(record, swapOptions_Description_, *memo);
