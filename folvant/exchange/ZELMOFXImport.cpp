@@ -25,7 +25,7 @@ std::string_view Trimmed(std::string_view text) {
   return text;
 }
 
-Unexpected<OFXReadError> Refuse(std::string what) { return Unexpected(OFXReadError{std::move(what)}); }
+Unexpected<OFXReadError> Refuse(std::string what) { return Unexpected<OFXReadError>{OFXReadError{std::move(what)}}; }
 
 // The value of a header line "KEY:VALUE": after the key, blanks and line ends are skipped and the
 // value runs to the next blank or line end.
@@ -191,10 +191,10 @@ Expected<std::unique_ptr<ZELMOFXImport>, OFXReadError> ZELMOFXImport::Read(
   auto importer = std::make_unique<ZELMOFXImport>();
   // Text is trimmed so values written on lines of their own read cleanly; comments and
   // processing instructions are dropped.
-  const unsigned options = pugi::parse_default | pugi::parse_trim_pcdata;
-  auto parseBuffer = [&importer, options] {
+  static constexpr unsigned kOptions = pugi::parse_default | pugi::parse_trim_pcdata;
+  auto parseBuffer = [&importer] {
     return importer->tree_->load_buffer_inplace(importer->buffer_.data(), importer->buffer_.size(),
-                                                options, pugi::encoding_utf8);
+                                                kOptions, pugi::encoding_utf8);
   };
   auto notWellFormed = [](const pugi::xml_parse_result& result, std::size_t base,
                           std::string_view of) {

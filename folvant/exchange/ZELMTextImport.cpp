@@ -176,7 +176,7 @@ std::optional<std::vector<std::int32_t>> ZELMTextImport::LayoutFromHeaderRow(
       {"number", kColumnNumber},       {"num", kColumnNumber},
       {"ref", kColumnNumber},          {"type", kColumnType},
       {"cleared", kColumnResolved},    {"status", kColumnResolved},
-      {"reconciled", kColumnResolved},
+      {"reconciled", kColumnResolved}, {"resolved", kColumnResolved},
   };
   std::vector<std::int32_t> layout;
   std::vector<std::int32_t> used;

@@ -74,7 +74,7 @@ class ZELMTextImport : public ZELMImporter {
   static char DetectSeparator(std::string_view text);
   // A layout from column titles: Date; Amount; Debit, Withdrawal, Money Out; Credit, Deposit,
   // Money In; Payee, Name, To/From; Description, Details; Memo, Notes; Category; Check #,
-  // Number, Ref; Type; Cleared, Status. Each code goes to its first column only; nullopt unless
+  // Number, Ref; Type; Cleared, Status, Reconciled, Resolved. Each code goes to its first column only; nullopt unless
   // there is a date column and an amount column.
   static std::optional<std::vector<std::int32_t>> LayoutFromHeaderRow(
       const std::vector<std::string>& titles);
