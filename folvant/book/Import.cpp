@@ -632,9 +632,19 @@ BookResult<Review> BuildReview(Book& book, const ImportRequest& request,
   }
   std::size_t chosen = 0;
   if (request.from) {
-    const auto it = std::find_if(accounts.begin(), accounts.end(), [&](const FileAccount& a) {
+    // The account named exactly (any case), else the only one whose name starts so.
+    auto it = std::find_if(accounts.begin(), accounts.end(), [&](const FileAccount& a) {
       return platform::CaseInsensitiveEqual(a.id, *request.from);
     });
+    if (it == accounts.end() && !request.from->empty()) {
+      auto starts = [&](const FileAccount& a) {
+        return platform::CaseInsensitiveHasPrefix(a.id, *request.from);
+      };
+      it = std::find_if(accounts.begin(), accounts.end(), starts);
+      if (it != accounts.end() && std::find_if(it + 1, accounts.end(), starts) != accounts.end()) {
+        it = accounts.end();
+      }
+    }
     if (it == accounts.end()) {
       std::string names;
       for (const std::string& id : review.fileAccounts) names += (names.empty() ? "" : ", ") + Quote(id);
