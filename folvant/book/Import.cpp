@@ -334,6 +334,7 @@ BookResult<ReadFile> Read(const ImportRequest& request, const ZELMAccount& accou
       }
       if (!reader) return Invalid(request.file.string() + ": " + reader.error().what);
       ZELMOFXImport& r = **reader;
+      read.encoding = platform::EncodingName(r.TextEncoding());
       r.SetDecimalSeparator(".");
       r.SetThousandsSeparator(",");
       r.SetImportZeroAmountsAsDeposits(account.GetOFXImportZeroAmountsAsDeposits());

@@ -81,7 +81,7 @@ struct ImportReview {
   std::shared_ptr<ZELMAccount> account;
   std::string file;
   ImportFormat format = ImportFormat::kQIF;
-  std::string encoding;    // name of the encoding the text was read in; "" for OFX's own
+  std::string encoding;    // name of the encoding the text was read in
   std::string dateFormat;  // "" for OFX
   std::string dateNote;    // how the date format was chosen
   std::string readNote;    // a repair the file needed to be read at all

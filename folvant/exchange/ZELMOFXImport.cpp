@@ -219,6 +219,7 @@ Expected<std::unique_ptr<ZELMOFXImport>, OFXReadError> ZELMOFXImport::Read(
     if (!widened.empty()) {
       text = std::move(widened);
       of = " of the decoded text";
+      importer->encoding_ = platform::kUnicodeStringEncoding;
     } else {
       std::string_view body = bytes;
       if (StartsWithUTF8Mark(body)) {
@@ -228,8 +229,10 @@ Expected<std::unique_ptr<ZELMOFXImport>, OFXReadError> ZELMOFXImport::Read(
       if (std::optional<std::string> utf8 =
               platform::DecodeBytes(body, platform::kUTF8StringEncoding)) {
         text = std::move(*utf8);
+        importer->encoding_ = platform::kUTF8StringEncoding;
       } else {
-        text = platform::DecodeBytesLossy(body, EncodingOfDeclaration(body)).value_or("");
+        importer->encoding_ = EncodingOfDeclaration(body);
+        text = platform::DecodeBytesLossy(body, importer->encoding_).value_or("");
         base = 0;
         of = " of the decoded text";
       }
@@ -255,6 +258,7 @@ Expected<std::unique_ptr<ZELMOFXImport>, OFXReadError> ZELMOFXImport::Read(
       return Refuse("the text is not valid " + std::string(platform::EncodingName(encoding)));
     }
     text = std::move(*decoded);
+    importer->encoding_ = encoding;
   }
 
   const std::size_t open = text.find("<OFX>");

@@ -9,6 +9,7 @@
 
 #include "folvant/exchange/ImportRecord.h"
 #include "folvant/exchange/ZELMImporter.h"
+#include "folvant/platform/Encodings.h"
 #include "folvant/platform/Expected.h"
 
 namespace folvant {
@@ -76,6 +77,9 @@ class ZELMOFXImport : public ZELMImporter {
   // Writes every "&" that does not start &amp; &lt; &gt; &quot; or &apos; as "&amp;".
   static std::string escapePhysicalEntitiesInElementsInString(std::string_view text);
 
+  // The encoding the download was read in (UTF-8 until one is read).
+  platform::StringEncoding TextEncoding() const { return encoding_; }
+
   // The parsed document (owns the tree; text nodes point into a buffer the importer keeps).
   const pugi::xml_document& XMLTree() const { return *tree_; }
   void setXMLTree(std::unique_ptr<pugi::xml_document> tree);
@@ -116,6 +120,7 @@ class ZELMOFXImport : public ZELMImporter {
 
   std::string buffer_;  // the text the tree was parsed from, in place
   std::unique_ptr<pugi::xml_document> tree_ = std::make_unique<pugi::xml_document>();
+  platform::StringEncoding encoding_ = platform::kUTF8StringEncoding;
   std::int32_t swapOptions_Name_ = 0;
   std::int32_t swapOptions_Payee_ = 0;
   std::int32_t swapOptions_Memo_ = 0;
