@@ -20,6 +20,7 @@ void RegisterCommands(CLI::App& app, Context& context, CommandList& actions) {
   RegisterSuggestCommand(app, context, actions);
   RegisterSummaryCommand(app, context, actions);
   RegisterImportCommand(app, context, actions);
+  RegisterServeCommand(app, context, actions);
 }
 
 }  // namespace folvant::app

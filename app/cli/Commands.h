@@ -27,5 +27,6 @@ void RegisterTransferCommand(CLI::App& app, Context& context, CommandList& actio
 void RegisterSuggestCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterSummaryCommand(CLI::App& app, Context& context, CommandList& actions);
 void RegisterImportCommand(CLI::App& app, Context& context, CommandList& actions);
+void RegisterServeCommand(CLI::App& app, Context& context, CommandList& actions);
 
 }  // namespace folvant::app

@@ -1,0 +1,446 @@
+#include "app/web/Api.h"
+
+#include <httplib.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "app/cli/EntryOutput.h"
+#include "app/render/Json.h"
+#include "folvant/book/Book.h"
+#include "folvant/book/Entries.h"
+#include "folvant/book/RegisterView.h"
+#include "folvant/model/ZELMAccount.h"
+#include "folvant/model/ZELMAccountEntry.h"
+#include "folvant/model/ZELMAccountEntryCategory.h"
+#include "folvant/platform/CivilDate.h"
+#include "folvant/values/LVCurrency.h"
+
+namespace folvant::app::web {
+namespace {
+
+using render::Json;
+using render::JsonAmount;
+using render::JsonText;
+using Kind = BookError::Kind;
+
+// A request that cannot be answered as asked: the status and one line saying why.
+struct Refusal {
+  int status = 400;
+  std::string message;
+};
+
+Refusal Bad(std::string message) { return {400, std::move(message)}; }
+
+Refusal RefusalOf(const BookError& error) {
+  switch (error.kind) {
+    case Kind::kNotFound: return {404, error.message};
+    case Kind::kExists: return {409, error.message};
+    case Kind::kInvalid: return {400, error.message};
+    case Kind::kBusy: return {503, error.message};
+    case Kind::kDamaged: return {409, error.message};
+    case Kind::kLocked: return {403, error.message};
+    case Kind::kReadOnly:
+    case Kind::kFailed: return {500, error.message};
+  }
+  return {500, error.message};
+}
+
+void Send(httplib::Response& response, const Json& document) {
+  response.set_header("Cache-Control", "no-store");
+  response.set_content(render::JsonDump(document), "application/json");
+}
+
+void Send(httplib::Response& response, const Refusal& refusal) {
+  response.status = refusal.status;
+  response.set_header("Cache-Control", "no-store");
+  response.set_content(ErrorJson(refusal.message), "application/json");
+}
+
+// ---- reading requests ----
+
+// The body as a JSON object.
+std::optional<Json> BodyOf(const httplib::Request& request, Refusal& refusal) {
+  Json body = Json::parse(request.body, nullptr, false);
+  if (body.is_discarded() || !body.is_object()) {
+    refusal = Bad("the request's body is not a JSON object");
+    return std::nullopt;
+  }
+  return body;
+}
+
+// The fields of a JSON object, each checked for its type; the first wrong one is kept.
+class Fields {
+ public:
+  explicit Fields(const Json& object) : object_(object) {}
+
+  std::optional<std::string> Text(const char* key, bool required = false) {
+    const auto it = object_.find(key);
+    if (it == object_.end() || it->is_null()) return Missing(key, required), std::nullopt;
+    if (!it->is_string()) return Wrong(key, "a text"), std::nullopt;
+    return it->get<std::string>();
+  }
+  std::optional<double> Amount(const char* key, bool required = false) {
+    const auto it = object_.find(key);
+    if (it == object_.end() || it->is_null()) return Missing(key, required), std::nullopt;
+    std::optional<double> value;
+    if (it->is_number()) value = it->get<double>();
+    if (it->is_string()) value = ParseNumber(it->get<std::string>());
+    if (!value || !std::isfinite(*value) || std::fabs(*value) > 1e12) {
+      return Wrong(key, "an amount"), std::nullopt;
+    }
+    return value;
+  }
+  std::optional<std::int32_t> Integer(const char* key, bool required = false) {
+    const auto it = object_.find(key);
+    if (it == object_.end() || it->is_null()) return Missing(key, required), std::nullopt;
+    if (!it->is_number_integer() || it->get<std::int64_t>() < 0 ||
+        it->get<std::int64_t>() > 2'000'000'000) {
+      return Wrong(key, "a whole number"), std::nullopt;
+    }
+    return static_cast<std::int32_t>(it->get<std::int64_t>());
+  }
+  std::optional<bool> Flag(const char* key) {
+    const auto it = object_.find(key);
+    if (it == object_.end() || it->is_null()) return std::nullopt;
+    if (!it->is_boolean()) return Wrong(key, "true or false"), std::nullopt;
+    return it->get<bool>();
+  }
+  std::optional<std::int32_t> Date(const char* key) {
+    const std::optional<std::string> text = Text(key);
+    if (!text || text->empty()) return std::nullopt;
+    std::int32_t date = 0;
+    if (!platform::ParseIsoDate(*text, date)) return Wrong(key, "a date, YYYY-MM-DD"), std::nullopt;
+    return date;
+  }
+  std::vector<std::int32_t> Integers(const char* key) {
+    std::vector<std::int32_t> numbers;
+    const auto it = object_.find(key);
+    if (it == object_.end() || !it->is_array() || it->empty()) {
+      Wrong(key, "a list of entry numbers");
+      return numbers;
+    }
+    for (const Json& value : *it) {
+      if (!value.is_number_integer() || value.get<std::int64_t>() < 1 ||
+          value.get<std::int64_t>() > 2'000'000'000) {
+        Wrong(key, "a list of entry numbers");
+        return {};
+      }
+      numbers.push_back(static_cast<std::int32_t>(value.get<std::int64_t>()));
+    }
+    return numbers;
+  }
+
+  const std::optional<Refusal>& problem() const { return problem_; }
+
+ private:
+  static std::optional<double> ParseNumber(const std::string& text) {
+    double value = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+  }
+  void Missing(const char* key, bool required) {
+    if (required && !problem_) problem_ = Bad(std::string("\"") + key + "\" is missing");
+  }
+  void Wrong(const char* key, const char* what) {
+    if (!problem_) problem_ = Bad(std::string("\"") + key + "\" must be " + what);
+  }
+
+  const Json& object_;
+  std::optional<Refusal> problem_;
+};
+
+std::optional<std::size_t> Count(const httplib::Request& request, const char* key,
+                                 std::size_t fallback, Refusal& refusal) {
+  if (!request.has_param(key)) return fallback;
+  const std::string text = request.get_param_value(key);
+  std::size_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) {
+    refusal = Bad(std::string("\"") + key + "\" must be a whole number");
+    return std::nullopt;
+  }
+  return value;
+}
+
+// ---- shapes ----
+
+Json RowJson(const RegisterRow& row) {
+  return Json{{"number", row.entry != nullptr ? Json(row.entry->GetNumber()) : Json(nullptr)},
+              {"date", platform::FormatIsoDate(row.date)},
+              {"checkNumber", row.checkNumber ? Json(*row.checkNumber) : Json(nullptr)},
+              {"type", JsonText(row.type)},
+              {"toFrom", JsonText(row.toFrom)},
+              {"description", JsonText(row.description)},
+              {"category", JsonText(row.category)},
+              {"resolved", row.resolved},
+              {"void", row.isVoid},
+              {"amount", JsonAmount(row.amount)},
+              {"balance", JsonAmount(row.balance)}};
+}
+
+Json ChangeJson(const EntryChange& change) {
+  Json remembered = Json::array();
+  for (const std::string& field : change.remembered) remembered.push_back(JsonText(field));
+  return Json{{"account", JsonText(change.account->GetName())},
+              {"entry", EntryJson(change.entry)},
+              {"remembered", std::move(remembered)},
+              {"linked", LinkedJson(change.linked)},
+              {"balance", JsonAmount(change.balance)}};
+}
+
+// Entry fields from a JSON object: {date, amount, check, checkNumber, toFrom, description,
+// type, category, notes, resolved, taxDeductible}.
+EntryFields EntryFieldsOf(Fields& fields) {
+  EntryFields entry;
+  entry.date = fields.Date("date");
+  entry.amount = fields.Amount("amount");
+  entry.check = fields.Flag("check");
+  entry.checkNumber = fields.Integer("checkNumber");
+  if (entry.checkNumber) entry.check = true;
+  entry.toFrom = fields.Text("toFrom");
+  entry.description = fields.Text("description");
+  entry.type = fields.Text("type");
+  entry.category = fields.Text("category");
+  entry.notes = fields.Text("notes");
+  entry.resolved = fields.Flag("resolved");
+  entry.taxDeductible = fields.Flag("taxDeductible");
+  return entry;
+}
+
+}  // namespace
+
+std::string ErrorJson(std::string_view message) {
+  return render::JsonDump(Json{{"error", JsonText(message)}});
+}
+
+std::string Api::Version() const {
+  // The names, sizes and change times of the book's files, folded into one number.
+  std::uint64_t hash = 1469598103934665603ULL;
+  auto fold = [&hash](const void* data, std::size_t size) {
+    const auto* bytes = static_cast<const unsigned char*>(data);
+    for (std::size_t i = 0; i < size; ++i) hash = (hash ^ bytes[i]) * 1099511628211ULL;
+  };
+  std::error_code error;
+  for (std::filesystem::recursive_directory_iterator it(book_, error), end; !error && it != end;
+       it.increment(error)) {
+    if (!it->is_regular_file(error)) continue;
+    const std::string name = it->path().string();
+    if (name.ends_with(".lock")) continue;
+    fold(name.data(), name.size());
+    const auto size = it->file_size(error);
+    fold(&size, sizeof size);
+    const auto time = it->last_write_time(error).time_since_epoch().count();
+    fold(&time, sizeof time);
+  }
+  return std::to_string(hash % 1000000000000ULL);
+}
+
+void Api::Register(httplib::Server& server) {
+  using Request = httplib::Request;
+  using Response = httplib::Response;
+
+  // Reading: the book opened for reading, the answer made from it.
+  auto read = [this](std::function<std::optional<Json>(Book&, const Request&, Refusal&)> answer) {
+    return [this, answer](const Request& request, Response& response) {
+      auto book = Book::Open(book_, {});
+      if (!book) return Send(response, RefusalOf(book.error()));
+      Refusal refusal;
+      std::optional<Json> document = answer(**book, request, refusal);
+      document ? Send(response, *document) : Send(response, refusal);
+    };
+  };
+  // Changing: the JSON body read, the book opened for changing under its lock, changed, saved.
+  auto change = [this](std::function<std::optional<Json>(Book&, const Json&, Refusal&)> answer) {
+    return [this, answer](const Request& request, Response& response) {
+      Refusal refusal;
+      const std::optional<Json> body = BodyOf(request, refusal);
+      if (!body) return Send(response, refusal);
+      std::lock_guard lock(changes_);
+      Book::OpenOptions options;
+      options.access = Book::Access::kWrite;
+      auto book = Book::Open(book_, options);
+      if (!book) return Send(response, RefusalOf(book.error()));
+      std::optional<Json> document = answer(**book, *body, refusal);
+      if (!document) return Send(response, refusal);
+      if (std::optional<BookError> failed = (*book)->Save()) {
+        return Send(response, RefusalOf(*failed));
+      }
+      Send(response, *document);
+    };
+  };
+
+  server.Get("/api/status", [this](const Request&, Response& response) {
+    Send(response, Json{{"book", JsonText(book_.string())}, {"version", Version()}});
+  });
+
+  server.Get("/api/accounts", read([](Book& book, const Request&, Refusal&) -> std::optional<Json> {
+    Json accounts = Json::array();
+    for (const AccountListing& line : book.ListAccounts()) {
+      Json account{{"number", line.number},
+                   {"name", JsonText(line.name)},
+                   {"currency", JsonText(line.currency)},
+                   {"balance", line.balance ? JsonAmount(*line.balance) : Json(nullptr)},
+                   {"todaysBalance", nullptr},
+                   {"resolvedBalance", nullptr},
+                   {"entries", line.entries},
+                   {"locked", line.locked},
+                   {"problem", line.problem.empty() ? Json(nullptr) : JsonText(line.problem)}};
+      if (line.balance) {
+        if (auto loaded = book.FindAccount(line.name)) {
+          account["todaysBalance"] = JsonAmount((*loaded)->GetTodaysBalance());
+          account["resolvedBalance"] = JsonAmount((*loaded)->GetResolvedBalance());
+        }
+      }
+      accounts.push_back(std::move(account));
+    }
+    return Json{{"baseCurrency", JsonText(book.currency() ? book.currency()->code() : "")},
+                {"accounts", std::move(accounts)}};
+  }));
+
+  // A range of the register's rows: ?account=NAME&offset=N&limit=M (at most 1,000 rows).
+  server.Get("/api/register",
+             read([](Book& book, const Request& request, Refusal& refusal) -> std::optional<Json> {
+               if (!request.has_param("account")) return refusal = Bad("\"account\" is missing"), std::nullopt;
+               const auto offset = Count(request, "offset", 0, refusal);
+               const auto limit = Count(request, "limit", 200, refusal);
+               if (!offset || !limit) return std::nullopt;
+               RegisterQuery query;
+               query.account = request.get_param_value("account");
+               auto view = ShowRegister(book, query);
+               if (!view) return refusal = RefusalOf(view.error()), std::nullopt;
+               Json rows = Json::array();
+               const std::size_t first = std::min(*offset, view->size());
+               const std::size_t last = std::min(view->size(), first + std::min<std::size_t>(*limit, 1000));
+               for (std::size_t i = first; i < last; ++i) rows.push_back(RowJson(view->row(i)));
+               return Json{{"account", JsonText(view->account->GetName())},
+                           {"currency", JsonText(view->currency)},
+                           {"total", view->size()},
+                           {"offset", first},
+                           {"rows", std::move(rows)},
+                           {"balances",
+                            Json{{"current", JsonAmount(view->balance)},
+                                 {"today", JsonAmount(view->todaysBalance)},
+                                 {"resolved", JsonAmount(view->resolvedBalance)}}}};
+             }));
+
+  server.Get("/api/suggest",
+             read([](Book& book, const Request& request, Refusal& refusal) -> std::optional<Json> {
+               const std::string which = request.get_param_value("which");
+               if (which != "to" && which != "from" && which != "description") {
+                 return refusal = Bad("\"which\" must be to, from or description"), std::nullopt;
+               }
+               auto list = Suggestions(book, request.get_param_value("account"), which,
+                                       request.get_param_value("prefix"));
+               if (!list) return refusal = RefusalOf(list.error()), std::nullopt;
+               Json texts = Json::array();
+               for (const std::string& text : list->texts) texts.push_back(JsonText(text));
+               return Json{{"suggestions", std::move(texts)}};
+             }));
+
+  server.Get("/api/categories", read([](Book& book, const Request&, Refusal&) -> std::optional<Json> {
+    std::vector<std::string> names;
+    for (const auto& category : book.allCategories()) names.push_back(category->fullName());
+    std::sort(names.begin(), names.end());
+    Json list = Json::array();
+    for (const std::string& name : names) list.push_back(JsonText(name));
+    return Json{{"categories", std::move(list)}};
+  }));
+
+  server.Post("/api/entries",
+              change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
+                Fields fields(body);
+                const std::optional<std::string> account = fields.Text("account", true);
+                fields.Amount("amount", true);
+                EntryFields entry = EntryFieldsOf(fields);
+                if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
+                auto added = AddEntry(book, *account, entry);
+                if (!added) return refusal = RefusalOf(added.error()), std::nullopt;
+                return ChangeJson(*added);
+              }));
+
+  server.Post("/api/entries/edit",
+              change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
+                Fields fields(body);
+                const std::optional<std::string> account = fields.Text("account", true);
+                const std::optional<std::int32_t> number = fields.Integer("number", true);
+                EntryFields entry = EntryFieldsOf(fields);
+                if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
+                auto edited = EditEntry(book, *account, *number, entry);
+                if (!edited) return refusal = RefusalOf(edited.error()), std::nullopt;
+                return ChangeJson(*edited);
+              }));
+
+  using EntryOperation = BookResult<EntryChange> (*)(Book&, std::string_view, std::int32_t);
+  for (const auto& [path, operation] :
+       {std::pair<const char*, EntryOperation>{"/api/entries/void", &VoidEntry},
+        {"/api/entries/unvoid", &UnvoidEntry},
+        {"/api/entries/delete", &DeleteEntry}}) {
+    server.Post(path, change([operation = operation](Book& book, const Json& body,
+                                                     Refusal& refusal) -> std::optional<Json> {
+                  Fields fields(body);
+                  const std::optional<std::string> account = fields.Text("account", true);
+                  const std::optional<std::int32_t> number = fields.Integer("number", true);
+                  if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
+                  auto done = operation(book, *account, *number);
+                  if (!done) return refusal = RefusalOf(done.error()), std::nullopt;
+                  return ChangeJson(*done);
+                }));
+  }
+
+  server.Post("/api/entries/resolve",
+              change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
+                Fields fields(body);
+                const std::optional<std::string> account = fields.Text("account", true);
+                const std::vector<std::int32_t> numbers = fields.Integers("numbers");
+                const bool resolved = fields.Flag("resolved").value_or(true);
+                if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
+                auto done = resolved ? ResolveEntries(book, *account, numbers)
+                                     : UnresolveEntries(book, *account, numbers);
+                if (!done) return refusal = RefusalOf(done.error()), std::nullopt;
+                Json changed = Json::array();
+                for (std::int32_t n : done->changed) changed.push_back(n);
+                return Json{{"account", JsonText(done->account->GetName())},
+                            {"changed", std::move(changed)},
+                            {"resolvedBalance", JsonAmount(done->resolvedBalance)}};
+              }));
+
+  server.Post("/api/transfer",
+              change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
+                Fields fields(body);
+                TransferRequest transfer;
+                transfer.from = fields.Text("from", true).value_or("");
+                transfer.to = fields.Text("to", true).value_or("");
+                transfer.amount = fields.Amount("amount", true).value_or(0.0);
+                transfer.date = fields.Date("date");
+                transfer.description = fields.Text("description").value_or("");
+                transfer.toAmount = fields.Amount("toAmount");
+                if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
+                auto done = Transfer(book, transfer);
+                if (!done) return refusal = RefusalOf(done.error()), std::nullopt;
+                return Json{{"from", Json{{"account", JsonText(done->from->GetName())},
+                                          {"entry", EntryJson(done->debit)},
+                                          {"balance", JsonAmount(done->fromBalance)}}},
+                            {"to", Json{{"account", JsonText(done->to->GetName())},
+                                        {"entry", EntryJson(done->deposit)},
+                                        {"balance", JsonAmount(done->toBalance)}}}};
+              }));
+
+  server.set_error_handler([](const Request& request, Response& response) {
+    if (response.status == 404 && request.path.starts_with("/api/")) {
+      Send(response, Refusal{404, "no such call: " + request.method + " " + request.path});
+    } else if (response.status == 413) {
+      Send(response, Refusal{413, "the request is too large"});
+    }
+  });
+}
+
+}  // namespace folvant::app::web

@@ -1,0 +1,387 @@
+// The register in the browser: accounts on the left, the selected account's entries on the
+// right, fetched a page at a time as they scroll into view, and a row at the bottom to add one.
+
+const ROW_HEIGHT = 34;   // pixels; the stylesheet's .rows .row height
+const PAGE = 200;        // rows fetched at a time
+const POLL_MS = 3000;    // how often to ask whether the book changed
+
+const state = {
+  accounts: [],
+  account: null,      // name of the account shown
+  total: 0,           // rows of its register
+  pages: new Map(),   // page number -> rows
+  pending: new Set(), // pages being fetched
+  version: null,
+  currency: '',
+};
+
+const $ = (selector) => document.querySelector(selector);
+
+async function call(path, body) {
+  const options = body === undefined ? {} : {
+    method: 'POST',
+    headers: { 'Content-Type': 'application/json' },
+    body: JSON.stringify(body),
+  };
+  const response = await fetch(path, { credentials: 'same-origin', ...options });
+  const data = await response.json().catch(() => ({ error: response.statusText }));
+  if (!response.ok) throw new Error(data.error || response.statusText);
+  return data;
+}
+
+function say(text, isError = false) {
+  const message = $('#message');
+  message.textContent = text;
+  message.classList.toggle('error', isError);
+}
+
+function money(amount, currency) {
+  if (amount === null || amount === undefined) return '–';
+  try {
+    return new Intl.NumberFormat(undefined, { style: 'currency', currency: currency || 'USD' })
+      .format(amount);
+  } catch {
+    return amount.toFixed(2);
+  }
+}
+
+function today() {
+  const d = new Date();
+  const pad = (n) => String(n).padStart(2, '0');
+  return `${d.getFullYear()}-${pad(d.getMonth() + 1)}-${pad(d.getDate())}`;
+}
+
+// ---- accounts ----
+
+async function loadAccounts() {
+  const data = await call('/api/accounts');
+  state.accounts = data.accounts;
+  const list = $('#account-list');
+  list.replaceChildren();
+  const byCurrency = new Map();
+  for (const account of data.accounts) {
+    if (!byCurrency.has(account.currency)) byCurrency.set(account.currency, []);
+    byCurrency.get(account.currency).push(account);
+  }
+  for (const [currency, accounts] of byCurrency) {
+    const group = document.createElement('section');
+    group.className = 'currency-group';
+    const heading = document.createElement('h2');
+    heading.textContent = currency;
+    group.append(heading);
+    const ul = document.createElement('ul');
+    let total = 0;
+    for (const account of accounts) {
+      const li = document.createElement('li');
+      const button = document.createElement('button');
+      button.type = 'button';
+      button.className = 'account';
+      button.dataset.name = account.name;
+      if (account.name === state.account) button.setAttribute('aria-current', 'true');
+      const name = document.createElement('span');
+      name.className = 'name';
+      name.textContent = account.name;
+      const balance = document.createElement('span');
+      balance.className = 'amount' + (account.balance < 0 ? ' negative' : '');
+      balance.textContent = account.problem ? (account.locked ? 'locked' : 'damaged')
+                                            : money(account.balance, currency);
+      const detail = document.createElement('span');
+      detail.className = 'detail';
+      if (account.todaysBalance !== null) {
+        detail.textContent = `today ${money(account.todaysBalance, currency)} · ` +
+                             `resolved ${money(account.resolvedBalance, currency)}`;
+      } else if (account.problem) {
+        detail.textContent = account.problem;
+      }
+      button.append(name, balance, detail);
+      button.addEventListener('click', () => showAccount(account.name));
+      li.append(button);
+      ul.append(li);
+      if (account.balance !== null) total += account.balance;
+    }
+    group.append(ul);
+    const sum = document.createElement('p');
+    sum.className = 'total';
+    sum.innerHTML = '<span>Total</span>';
+    const amount = document.createElement('span');
+    amount.className = 'amount';
+    amount.textContent = money(total, currency);
+    sum.append(amount);
+    group.append(sum);
+    list.append(group);
+  }
+  for (const name of ['from', 'to']) {
+    const select = $(`#transfer-form select[name=${name}]`);
+    const chosen = select.value;
+    select.replaceChildren(...data.accounts.filter((a) => !a.problem).map((a) => {
+      const option = new Option(a.name, a.name);
+      return option;
+    }));
+    if (chosen) select.value = chosen;
+  }
+}
+
+// ---- the register ----
+
+async function showAccount(name) {
+  state.account = name;
+  state.pages.clear();
+  state.pending.clear();
+  $('#register-title').textContent = name;
+  document.querySelectorAll('.account').forEach((b) => {
+    b.toggleAttribute('aria-current', b.dataset.name === name);
+  });
+  $('#accounts').classList.remove('open');
+  $('#menu').setAttribute('aria-expanded', 'false');
+  await refreshRegister(true);
+  loadLists();
+  $('#new-entry [name=date]').focus();
+}
+
+async function fetchPage(page) {
+  if (state.pages.has(page) || state.pending.has(page)) return;
+  state.pending.add(page);
+  const account = state.account;
+  try {
+    const query = new URLSearchParams({ account, offset: page * PAGE, limit: PAGE });
+    const data = await call(`/api/register?${query}`);
+    if (account !== state.account) return;
+    state.pages.set(page, data.rows);
+    applyTotals(data);
+  } catch (error) {
+    say(error.message, true);
+  } finally {
+    state.pending.delete(page);
+  }
+  drawRows();
+}
+
+function applyTotals(data) {
+  state.currency = data.currency;
+  if (data.total !== state.total) {
+    state.total = data.total;
+    $('#rows-space').style.height = `${state.total * ROW_HEIGHT}px`;
+  }
+  const balances = $('#balances');
+  balances.replaceChildren();
+  for (const [label, value] of [['Current', data.balances.current],
+                                ['Today', data.balances.today],
+                                ['Resolved', data.balances.resolved]]) {
+    const dt = document.createElement('dt');
+    dt.textContent = label;
+    const dd = document.createElement('dd');
+    dd.textContent = money(value, data.currency);
+    dd.className = value < 0 ? 'negative' : '';
+    balances.append(dt, dd);
+  }
+}
+
+// Fetches what the register shows again; `toBottom` scrolls to the newest entries.
+async function refreshRegister(toBottom) {
+  if (!state.account) return;
+  const rows = $('#rows');
+  const keepBottom = toBottom || rows.scrollTop + rows.clientHeight >= rows.scrollHeight - 2;
+  const query = new URLSearchParams({ account: state.account, offset: 0, limit: 0 });
+  const data = await call(`/api/register?${query}`);
+  state.pages.clear();
+  applyTotals(data);
+  if (keepBottom) rows.scrollTop = rows.scrollHeight;
+  drawRows();
+}
+
+function drawRows() {
+  const rows = $('#rows');
+  const first = Math.max(0, Math.floor(rows.scrollTop / ROW_HEIGHT) - 5);
+  const last = Math.min(state.total, Math.ceil((rows.scrollTop + rows.clientHeight) / ROW_HEIGHT) + 5);
+  for (let page = Math.floor(first / PAGE); page <= Math.floor(Math.max(first, last - 1) / PAGE); page++) {
+    if (page * PAGE < state.total) fetchPage(page);
+  }
+  const space = $('#rows-space');
+  const drawn = [];
+  for (let i = first; i < last; i++) {
+    const page = state.pages.get(Math.floor(i / PAGE));
+    const row = page ? page[i % PAGE] : null;
+    drawn.push(rowElement(row, i));
+  }
+  space.replaceChildren(...drawn);
+}
+
+function cell(className, text, label) {
+  const span = document.createElement('span');
+  span.className = className;
+  span.setAttribute('role', 'cell');
+  span.textContent = text;
+  if (label) span.title = label;
+  return span;
+}
+
+function rowElement(row, index) {
+  const element = document.createElement('div');
+  element.className = 'row';
+  element.setAttribute('role', 'row');
+  element.style.top = `${index * ROW_HEIGHT}px`;
+  element.setAttribute('aria-rowindex', String(index + 2));
+  if (!row) {
+    element.classList.add('loading');
+    element.append(cell('date', '…'));
+    return element;
+  }
+  if (row.void) element.classList.add('void');
+  const resolved = document.createElement('button');
+  resolved.type = 'button';
+  resolved.className = 'resolved';
+  resolved.textContent = row.resolved ? '✓' : '';
+  resolved.setAttribute('aria-pressed', String(row.resolved));
+  resolved.setAttribute('aria-label', row.resolved ? 'Resolved; mark unresolved' : 'Mark resolved');
+  resolved.disabled = row.number === null;
+  resolved.addEventListener('click', () => change('/api/entries/resolve',
+    { account: state.account, numbers: [row.number], resolved: !row.resolved }));
+  const actions = document.createElement('span');
+  actions.className = 'actions';
+  actions.setAttribute('role', 'cell');
+  if (row.number !== null) {
+    const voidButton = document.createElement('button');
+    voidButton.type = 'button';
+    voidButton.textContent = row.void ? 'Unvoid' : 'Void';
+    voidButton.addEventListener('click', () => change(
+      row.void ? '/api/entries/unvoid' : '/api/entries/void',
+      { account: state.account, number: row.number }));
+    const remove = document.createElement('button');
+    remove.type = 'button';
+    remove.textContent = 'Delete';
+    remove.addEventListener('click', () => {
+      if (confirm(`Delete entry ${row.number}?`)) {
+        change('/api/entries/delete', { account: state.account, number: row.number });
+      }
+    });
+    actions.append(voidButton, remove);
+  }
+  const amount = cell('amount' + (row.amount < 0 ? ' negative' : ''), money(row.amount, state.currency));
+  const balance = cell('balance' + (row.balance < 0 ? ' negative' : ''), money(row.balance, state.currency));
+  const resolvedCell = document.createElement('span');
+  resolvedCell.className = 'resolved';
+  resolvedCell.setAttribute('role', 'cell');
+  resolvedCell.append(resolved);
+  element.append(cell('date', row.date), cell('check', row.checkNumber ?? ''),
+                 cell('tofrom', row.toFrom, row.toFrom), cell('description', row.description, row.description),
+                 cell('category', row.category, row.category), resolvedCell, amount, balance, actions);
+  return element;
+}
+
+async function change(path, body) {
+  try {
+    await call(path, body);
+    say('');
+    await Promise.all([refreshRegister(false), loadAccounts()]);
+    state.version = (await call('/api/status')).version;
+  } catch (error) {
+    say(error.message, true);
+  }
+}
+
+// ---- adding ----
+
+async function loadLists() {
+  const fill = (id, texts) => {
+    $(id).replaceChildren(...texts.map((t) => new Option(t)));
+  };
+  try {
+    const [to, from, description, categories] = await Promise.all([
+      call(`/api/suggest?${new URLSearchParams({ account: state.account, which: 'to', prefix: '' })}`),
+      call(`/api/suggest?${new URLSearchParams({ account: state.account, which: 'from', prefix: '' })}`),
+      call(`/api/suggest?${new URLSearchParams({ account: state.account, which: 'description', prefix: '' })}`),
+      call('/api/categories'),
+    ]);
+    fill('#tofrom-list', [...new Set([...to.suggestions, ...from.suggestions])]);
+    fill('#description-list', description.suggestions);
+    fill('#category-list', categories.categories);
+  } catch (error) {
+    say(error.message, true);
+  }
+}
+
+async function addEntry(event) {
+  event.preventDefault();
+  const form = event.target;
+  const data = Object.fromEntries(new FormData(form));
+  const body = { account: state.account, date: data.date, amount: data.amount.trim() };
+  for (const key of ['toFrom', 'description', 'category']) {
+    if (data[key].trim()) body[key] = data[key].trim();
+  }
+  if (data.checkNumber.trim()) {
+    const number = Number(data.checkNumber.trim());
+    if (!Number.isInteger(number) || number <= 0) {
+      say('A check number is a whole number above 0.', true);
+      return;
+    }
+    body.checkNumber = number;
+  }
+  try {
+    const added = await call('/api/entries', body);
+    const remembered = added.remembered && added.remembered.length
+      ? ` (filled in from an earlier entry: ${added.remembered.join(', ')})` : '';
+    say(`Added entry ${added.entry.number}; balance ${money(added.balance, state.currency)}${remembered}`);
+    for (const key of ['checkNumber', 'toFrom', 'description', 'category', 'amount']) {
+      form.elements[key].value = '';
+    }
+    await Promise.all([refreshRegister(true), loadAccounts()]);
+    form.elements.checkNumber.focus();
+  } catch (error) {
+    say(error.message, true);
+  }
+}
+
+async function transfer(event) {
+  event.preventDefault();
+  const data = Object.fromEntries(new FormData(event.target));
+  const body = { from: data.from, to: data.to, amount: data.amount.trim() };
+  if (data.date) body.date = data.date;
+  if (data.description.trim()) body.description = data.description.trim();
+  try {
+    const done = await call('/api/transfer', body);
+    say(`Transferred: ${done.from.account} ${money(done.from.balance)}, ` +
+        `${done.to.account} ${money(done.to.balance)}`);
+    event.target.elements.amount.value = '';
+    await Promise.all([refreshRegister(false), loadAccounts()]);
+  } catch (error) {
+    say(error.message, true);
+  }
+}
+
+// ---- keeping up with other programs ----
+
+async function poll() {
+  try {
+    const { version } = await call('/api/status');
+    if (state.version !== null && version !== state.version) {
+      await Promise.all([loadAccounts(), refreshRegister(false)]);
+      $('#status').textContent = 'Updated with changes made elsewhere.';
+    }
+    state.version = version;
+  } catch (error) {
+    $('#status').textContent = `Cannot reach the server: ${error.message}`;
+  }
+  setTimeout(poll, POLL_MS);
+}
+
+async function start() {
+  $('#new-entry').addEventListener('submit', addEntry);
+  $('#transfer-form').addEventListener('submit', transfer);
+  $('#new-entry [name=date]').value = today();
+  $('#rows').addEventListener('scroll', () => requestAnimationFrame(drawRows));
+  window.addEventListener('resize', () => requestAnimationFrame(drawRows));
+  $('#menu').addEventListener('click', () => {
+    const open = $('#accounts').classList.toggle('open');
+    $('#menu').setAttribute('aria-expanded', String(open));
+  });
+  try {
+    await loadAccounts();
+    const first = state.accounts.find((a) => !a.problem);
+    if (first) await showAccount(first.name);
+    poll();
+  } catch (error) {
+    say(error.message, true);
+  }
+}
+
+start();

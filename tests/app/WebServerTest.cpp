@@ -1,0 +1,280 @@
+// `folvant serve` over real HTTP on 127.0.0.1: the token and the session cookie, the Host and
+// Origin checks, the size limit, bad input, the calls the pages make, and several clients at once.
+#include <gtest/gtest.h>
+#include <httplib.h>
+#include <nlohmann/json.hpp>
+
+#include <atomic>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "app/web/WebServer.h"
+#include "folvant/book/Book.h"
+#include "folvant/model/ZELMAccount.h"
+#include "tests/support/TestSupport.h"
+
+namespace folvant::app::web {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+class WebServerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    base_ = testing::ScratchDir("folvant-web");
+    fs::create_directories(base_);
+    fs::copy(FOLVANT_SOURCE_DIR "/data/sample-book", base_ / "book", fs::copy_options::recursive);
+    ServeOptions options;
+    options.book = base_ / "book";
+    options.port = 0;
+    options.maxBody = 64 * 1024;
+    server_ = std::make_unique<WebServer>(options);
+    std::string error;
+    ASSERT_TRUE(server_->Bind(error)) << error;
+    thread_ = std::thread([this] { server_->Run(); });
+    host_ = "127.0.0.1:" + std::to_string(server_->port());
+  }
+  void TearDown() override {
+    if (server_) server_->Stop();
+    if (thread_.joinable()) thread_.join();
+    server_.reset();
+    fs::remove_all(base_);
+  }
+
+  httplib::Client Client() const {
+    httplib::Client client("127.0.0.1", server_->port());
+    client.set_connection_timeout(5);
+    client.set_read_timeout(10);
+    return client;
+  }
+  // The session cookie, from a first visit with the token.
+  std::string Session() {
+    httplib::Client client = Client();
+    const auto response = client.Get("/?token=" + server_->token());
+    EXPECT_TRUE(response);
+    if (!response) return {};
+    EXPECT_EQ(response->status, 303);
+    const std::string cookie = response->get_header_value("Set-Cookie");
+    EXPECT_NE(cookie.find("HttpOnly"), std::string::npos);
+    EXPECT_NE(cookie.find("SameSite=Strict"), std::string::npos);
+    return cookie.substr(0, cookie.find(';'));
+  }
+  httplib::Headers Signed() {
+    if (cookie_.empty()) cookie_ = Session();
+    return {{"Cookie", cookie_}};
+  }
+  // The status and body of a call made with the session.
+  std::pair<int, Json> Get(const std::string& path) {
+    httplib::Client client = Client();
+    const auto response = client.Get(path, Signed());
+    if (!response) return {0, Json()};
+    return {response->status, Json::parse(response->body, nullptr, false)};
+  }
+  std::pair<int, Json> Post(const std::string& path, const std::string& body) {
+    httplib::Client client = Client();
+    const auto response = client.Post(path, Signed(), body, "application/json");
+    if (!response) return {0, Json()};
+    return {response->status, Json::parse(response->body, nullptr, false)};
+  }
+  double Balance(const std::string& account) {
+    const auto [status, document] = Get("/api/accounts");
+    EXPECT_EQ(status, 200);
+    for (const Json& a : document["accounts"]) {
+      if (a["name"] == account) return a["balance"].get<double>();
+    }
+    ADD_FAILURE() << "no account " << account;
+    return 0.0;
+  }
+
+  fs::path base_;
+  std::unique_ptr<WebServer> server_;
+  std::thread thread_;
+  std::string host_;
+  std::string cookie_;
+};
+
+TEST_F(WebServerTest, OnlyTheTokenOpensASession) {
+  httplib::Client client = Client();
+  auto response = client.Get("/api/status");
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->status, 401);
+  response = client.Get("/");
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->status, 401);
+  response = client.Get("/?token=" + std::string(server_->token().size(), '0'));
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->status, 401);
+  EXPECT_TRUE(response->get_header_value("Set-Cookie").empty());
+  response = client.Get("/api/status", {{"Cookie", "folvant_session=guess"}});
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->status, 401);
+
+  const auto [status, document] = Get("/api/status");
+  EXPECT_EQ(status, 200);
+  EXPECT_TRUE(document["version"].is_string());
+  response = client.Get("/", Signed());
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->status, 200);
+  EXPECT_NE(response->body.find("<title>Folvant</title>"), std::string::npos);
+  response = client.Get("/app.js", Signed());
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->get_header_value("Content-Type"), "text/javascript; charset=utf-8");
+}
+
+TEST_F(WebServerTest, OtherHostsAndOriginsAreRefused) {
+  httplib::Client client = Client();
+  httplib::Headers headers = Signed();
+  headers.emplace("Host", "attacker.example:80");
+  auto response = client.Get("/api/status", headers);
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->status, 403);
+  // Not even the token is honoured under another host name (DNS rebinding).
+  response = client.Get("/?token=" + server_->token(), {{"Host", "attacker.example"}});
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->status, 403);
+
+  headers = Signed();
+  headers.emplace("Origin", "http://attacker.example");
+  response = client.Post("/api/entries", headers, R"({"account":"Checking","amount":-1})",
+                         "application/json");
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->status, 403);
+  headers = Signed();
+  headers.emplace("Origin", "http://" + host_);
+  response = client.Get("/api/status", headers);
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->status, 200);
+}
+
+TEST_F(WebServerTest, BadInputIsRefusedAndChangesNothing) {
+  const std::string before = Get("/api/status").second["version"];
+  const double balance = Balance("Checking");
+  const std::pair<std::string, std::string> cases[] = {
+      {"/api/entries", "{not json"},
+      {"/api/entries", "[1, 2]"},
+      {"/api/entries", R"({"amount": -5})"},
+      {"/api/entries", R"({"account": "Checking"})"},
+      {"/api/entries", R"({"account": "Checking", "amount": "lots"})"},
+      {"/api/entries", R"({"account": "Checking", "amount": 1e300})"},
+      {"/api/entries", R"({"account": "Checking", "amount": -5, "date": "2026-02-30"})"},
+      {"/api/entries", R"({"account": "Checking", "amount": -5, "checkNumber": -3})"},
+      {"/api/entries/void", R"({"account": "Checking", "number": "7"})"},
+      {"/api/entries/resolve", R"({"account": "Checking", "numbers": []})"},
+      {"/api/transfer", R"({"from": "Checking", "to": "Savings", "amount": null})"},
+  };
+  for (const auto& [path, body] : cases) {
+    const auto [status, document] = Post(path, body);
+    EXPECT_EQ(status, 400) << path << " " << body;
+    EXPECT_TRUE(document["error"].is_string()) << path << " " << body;
+  }
+  EXPECT_EQ(Post("/api/entries", R"({"account": "Nowhere", "amount": -5})").first, 404);
+  EXPECT_EQ(Post("/api/entries/void", R"({"account": "Checking", "number": 99999})").first, 404);
+  EXPECT_EQ(Get("/api/register?account=Checking&offset=x").first, 400);
+  EXPECT_EQ(Get("/api/nothing").first, 404);
+  // A body over the limit.
+  EXPECT_EQ(Post("/api/entries", std::string(100 * 1024, ' ')).first, 413);
+  EXPECT_EQ(Get("/api/status").second["version"], before);
+  EXPECT_DOUBLE_EQ(Balance("Checking"), balance);
+}
+
+TEST_F(WebServerTest, TheCallsOfTheRegisterPage) {
+  auto [status, page] = Get("/api/register?account=Checking&offset=195&limit=3");
+  ASSERT_EQ(status, 200);
+  const std::size_t total = page["total"];
+  EXPECT_EQ(page["rows"].size(), 3u);
+  EXPECT_EQ(page["offset"], 195);
+  const double balance = page["balances"]["current"];
+
+  // A check with the keyboard's fields; its payee fills in the rest from an earlier entry.
+  auto [added, entry] = Post("/api/entries", R"({"account": "Checking", "date": "2026-07-14",
+      "checkNumber": 5001, "toFrom": "Safeway", "amount": "-20.00"})");
+  ASSERT_EQ(added, 200) << entry.dump();
+  EXPECT_EQ(entry["entry"]["checkNumber"], 5001);
+  EXPECT_EQ(entry["entry"]["category"], "Food:Groceries");
+  EXPECT_DOUBLE_EQ(entry["balance"].get<double>(), balance - 20.0);
+  const int number = entry["entry"]["number"];
+  std::tie(status, page) = Get("/api/register?account=Checking&offset=0&limit=0");
+  EXPECT_EQ(page["total"], total + 1);
+  EXPECT_TRUE(page["rows"].empty());
+
+  EXPECT_EQ(Post("/api/entries/edit", R"({"account": "Checking", "number": )" +
+                                          std::to_string(number) + R"(, "amount": -25})")
+                .first,
+            200);
+  auto [resolvedStatus, resolved] =
+      Post("/api/entries/resolve",
+           R"({"account": "Checking", "numbers": [)" + std::to_string(number) + "]}");
+  EXPECT_EQ(resolvedStatus, 200);
+  EXPECT_EQ(resolved["changed"], Json::array({number}));
+  EXPECT_EQ(Post("/api/entries/void", R"({"account": "Checking", "number": )" +
+                                          std::to_string(number) + "}")
+                .first,
+            200);
+  EXPECT_DOUBLE_EQ(Balance("Checking"), balance);
+  EXPECT_EQ(Post("/api/entries/delete", R"({"account": "Checking", "number": )" +
+                                            std::to_string(number) + "}")
+                .first,
+            200);
+
+  // A transfer changes both accounts.
+  const double savings = Balance("Savings");
+  auto [moved, transfer] = Post(
+      "/api/transfer", R"({"from": "Checking", "to": "Savings", "amount": 100, "date": "2026-07-14"})");
+  ASSERT_EQ(moved, 200) << transfer.dump();
+  EXPECT_DOUBLE_EQ(Balance("Checking"), balance - 100);
+  EXPECT_DOUBLE_EQ(Balance("Savings"), savings + 100);
+
+  auto [suggested, suggestions] = Get("/api/suggest?account=Checking&which=to&prefix=Saf");
+  EXPECT_EQ(suggested, 200);
+  EXPECT_EQ(suggestions["suggestions"], Json::array({"Safeway"}));
+  auto [listed, categories] = Get("/api/categories");
+  EXPECT_EQ(listed, 200);
+  EXPECT_GT(categories["categories"].size(), 5u);
+}
+
+// Several clients adding and reading at once for a few seconds: every entry that was answered
+// as added is in the book afterwards, and nothing failed.
+TEST_F(WebServerTest, SeveralClientsAtOnceLoseNothing) {
+  const std::string cookie = Signed().begin()->second;
+  const std::size_t before = Get("/api/register?account=Savings&limit=0").second["total"];
+  std::atomic<int> added{0}, failed{0}, reads{0};
+  const auto stop = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+  std::vector<std::thread> clients;
+  for (int c = 0; c < 4; ++c) {
+    clients.emplace_back([&, c] {
+      httplib::Client client = Client();
+      const httplib::Headers headers = {{"Cookie", cookie}};
+      for (int i = 0; std::chrono::steady_clock::now() < stop; ++i) {
+        if (c % 2 == 0) {
+          const auto response = client.Post(
+              "/api/entries", headers,
+              R"({"account": "Savings", "amount": 1, "description": "load )" +
+                  std::to_string(c) + "-" + std::to_string(i) + R"("})",
+              "application/json");
+          (response && response->status == 200 ? added : failed)++;
+        } else {
+          const auto response = client.Get("/api/register?account=Savings&offset=0&limit=50",
+                                            headers);
+          (response && response->status == 200 ? reads : failed)++;
+        }
+      }
+    });
+  }
+  for (std::thread& t : clients) t.join();
+  EXPECT_EQ(failed.load(), 0);
+  EXPECT_GT(added.load(), 0);
+  EXPECT_GT(reads.load(), 0);
+  const std::size_t after = Get("/api/register?account=Savings&limit=0").second["total"];
+  EXPECT_EQ(after, before + static_cast<std::size_t>(added.load()));
+  auto book = Book::Open(base_ / "book", {});
+  ASSERT_TRUE(book) << book.error().message;
+  std::printf("load: %d entries added and %d registers read by 4 clients in 3 s\n", added.load(),
+              reads.load());
+}
+
+}  // namespace
+}  // namespace folvant::app::web
