@@ -21,6 +21,7 @@
 #include "folvant/model/ZELMAccountEntry.h"
 #include "folvant/model/ZELMAccountEntryCategory.h"
 #include "folvant/platform/CivilDate.h"
+#include "folvant/platform/Clock.h"
 #include "folvant/values/LVCurrency.h"
 
 namespace folvant::app::web {
@@ -279,7 +280,9 @@ void Api::Register(httplib::Server& server) {
   };
 
   server.Get("/api/status", [this](const Request&, Response& response) {
-    Send(response, Json{{"book", JsonText(book_.string())}, {"version", Version()}});
+    Send(response, Json{{"book", JsonText(book_.string())},
+                        {"version", Version()},
+                        {"today", platform::FormatIsoDate(platform::Today())}});
   });
 
   server.Get("/api/accounts", read([](Book& book, const Request&, Refusal&) -> std::optional<Json> {

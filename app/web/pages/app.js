@@ -11,6 +11,7 @@ const state = {
   total: 0,           // rows of its register
   pages: new Map(),   // page number -> rows
   pending: new Set(), // pages being fetched
+  generation: 0,      // counts fetches of the whole register, so late pages are dropped
   version: null,
   currency: '',
 };
@@ -45,10 +46,12 @@ function money(amount, currency) {
   }
 }
 
-function today() {
-  const d = new Date();
-  const pad = (n) => String(n).padStart(2, '0');
-  return `${d.getFullYear()}-${pad(d.getMonth() + 1)}-${pad(d.getDate())}`;
+// The day after (or before) a YYYY-MM-DD date, or the text as it was when it is no date.
+function shiftDay(text, days) {
+  const match = /^(\d{4})-(\d{2})-(\d{2})$/.exec(text);
+  if (!match) return text;
+  const d = new Date(Date.UTC(Number(match[1]), Number(match[2]) - 1, Number(match[3]) + days));
+  return d.toISOString().slice(0, 10);
 }
 
 // ---- accounts ----
@@ -125,8 +128,11 @@ async function loadAccounts() {
 
 async function showAccount(name) {
   state.account = name;
-  state.pages.clear();
-  state.pending.clear();
+  state.generation++;
+  state.pages = new Map();
+  state.pending = new Set();
+  state.total = 0;
+  $('#rows-space').replaceChildren();
   $('#register-title').textContent = name;
   document.querySelectorAll('.account').forEach((b) => {
     b.toggleAttribute('aria-current', b.dataset.name === name);
@@ -140,20 +146,23 @@ async function showAccount(name) {
 
 async function fetchPage(page) {
   if (state.pages.has(page) || state.pending.has(page)) return;
+  const { account, generation } = state;
   state.pending.add(page);
-  const account = state.account;
   try {
-    const query = new URLSearchParams({ account, offset: page * PAGE, limit: PAGE });
-    const data = await call(`/api/register?${query}`);
-    if (account !== state.account) return;
+    const data = await call(`/api/register?${registerQuery(account, page)}`);
+    if (generation !== state.generation) return;  // the register was fetched again meanwhile
     state.pages.set(page, data.rows);
     applyTotals(data);
   } catch (error) {
     say(error.message, true);
   } finally {
-    state.pending.delete(page);
+    if (generation === state.generation) state.pending.delete(page);
   }
   drawRows();
+}
+
+function registerQuery(account, page, limit = PAGE) {
+  return new URLSearchParams({ account, offset: page * PAGE, limit });
 }
 
 function applyTotals(data) {
@@ -176,23 +185,40 @@ function applyTotals(data) {
   }
 }
 
-// Fetches what the register shows again; `toBottom` scrolls to the newest entries.
+// Fetches what the register shows again; `toBottom` scrolls to the newest entries. The rows on
+// screen stay until their new contents have come, so nothing flickers.
 async function refreshRegister(toBottom) {
   if (!state.account) return;
+  const account = state.account;
   const rows = $('#rows');
   const keepBottom = toBottom || rows.scrollTop + rows.clientHeight >= rows.scrollHeight - 2;
-  const query = new URLSearchParams({ account: state.account, offset: 0, limit: 0 });
-  const data = await call(`/api/register?${query}`);
-  state.pages.clear();
-  applyTotals(data);
+  const head = await call(`/api/register?${registerQuery(account, 0, 0)}`);
+  if (account !== state.account) return;
+  applyTotals(head);
   if (keepBottom) rows.scrollTop = rows.scrollHeight;
+  const [first, last] = visibleRange();
+  const fresh = new Map();
+  for (let page = Math.floor(first / PAGE); page * PAGE < Math.max(last, 1) && page * PAGE < state.total; page++) {
+    const data = await call(`/api/register?${registerQuery(account, page)}`);
+    fresh.set(page, data.rows);
+  }
+  if (account !== state.account) return;
+  state.generation++;
+  state.pages = fresh;
+  state.pending = new Set();
   drawRows();
 }
 
-function drawRows() {
+// The first and last (excluded) rows that the scrolled area shows, with a few beyond.
+function visibleRange() {
   const rows = $('#rows');
   const first = Math.max(0, Math.floor(rows.scrollTop / ROW_HEIGHT) - 5);
   const last = Math.min(state.total, Math.ceil((rows.scrollTop + rows.clientHeight) / ROW_HEIGHT) + 5);
+  return [first, last];
+}
+
+function drawRows() {
+  const [first, last] = visibleRange();
   for (let page = Math.floor(first / PAGE); page <= Math.floor(Math.max(first, last - 1) / PAGE); page++) {
     if (page * PAGE < state.total) fetchPage(page);
   }
@@ -367,7 +393,17 @@ async function poll() {
 async function start() {
   $('#new-entry').addEventListener('submit', addEntry);
   $('#transfer-form').addEventListener('submit', transfer);
-  $('#new-entry [name=date]').value = today();
+  const status = await call('/api/status').catch(() => ({}));
+  state.today = status.today || new Date().toISOString().slice(0, 10);
+  const date = $('#new-entry [name=date]');
+  date.value = state.today;
+  // + and - move the date by a day, as paper-register programs do.
+  date.addEventListener('keydown', (event) => {
+    if (event.key === '+' || event.key === '=' || event.key === '-') {
+      event.preventDefault();
+      date.value = shiftDay(date.value, event.key === '-' ? -1 : 1);
+    }
+  });
   $('#rows').addEventListener('scroll', () => requestAnimationFrame(drawRows));
   window.addEventListener('resize', () => requestAnimationFrame(drawRows));
   $('#menu').addEventListener('click', () => {

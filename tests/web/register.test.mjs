@@ -1,0 +1,138 @@
+// Drives the pages of `folvant serve` in Debian's Chromium, as a person would: open the book,
+// add a check with the keyboard, make a transfer. A failing test leaves a screenshot in
+// $FOLVANT_SCREENSHOTS (default: the system's temporary folder).
+//
+//   FOLVANT_BINARY=build/dev/folvant node --test tests/web/
+
+import { test, before, after } from 'node:test';
+import assert from 'node:assert/strict';
+import { spawn } from 'node:child_process';
+import { cpSync, mkdtempSync, rmSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import path from 'node:path';
+import { fileURLToPath } from 'node:url';
+import puppeteer from 'puppeteer-core';
+
+const root = path.resolve(path.dirname(fileURLToPath(import.meta.url)), '../..');
+const binary = process.env.FOLVANT_BINARY || path.join(root, 'build/dev/folvant');
+const chromium = process.env.CHROMIUM || '/usr/bin/chromium';
+const shots = process.env.FOLVANT_SCREENSHOTS || tmpdir();
+
+let scratch, server, browser, page, address;
+
+// Starts the server on a copy of the sample book and reads the address it prints.
+function serve(book) {
+  return new Promise((resolve, reject) => {
+    const child = spawn(binary, ['--book', book, 'serve', '--port', '0'], {
+      env: { ...process.env, TZ: 'America/New_York', FOLVANT_TODAY: '2026-07-15' },
+      stdio: ['ignore', 'pipe', 'inherit'],
+    });
+    let out = '';
+    child.stdout.on('data', (chunk) => {
+      out += chunk;
+      const found = out.match(/Open (http:\/\/\S+)/);
+      if (found) resolve({ child, address: found[1] });
+    });
+    child.on('exit', (code) => reject(new Error(`folvant serve ended with ${code}: ${out}`)));
+  });
+}
+
+before(async () => {
+  scratch = mkdtempSync(path.join(tmpdir(), 'folvant-browser-'));
+  cpSync(path.join(root, 'data/sample-book'), path.join(scratch, 'book'), { recursive: true });
+  ({ child: server, address } = await serve(path.join(scratch, 'book')));
+  browser = await puppeteer.launch({
+    executablePath: chromium,
+    headless: true,
+    args: ['--no-sandbox', '--disable-gpu', '--disable-dev-shm-usage'],
+  });
+  page = await browser.newPage();
+  await page.setViewport({ width: 1280, height: 800 });
+  await page.goto(address, { waitUntil: 'networkidle0' });
+});
+
+after(async () => {
+  await browser?.close();
+  server?.kill('SIGTERM');
+  if (scratch) rmSync(scratch, { recursive: true, force: true });
+});
+
+// Runs a step; on failure keeps a picture of the page.
+async function step(name, body) {
+  try {
+    await body();
+  } catch (error) {
+    const file = path.join(shots, `folvant-${name.replace(/\W+/g, '-')}.png`);
+    await page?.screenshot({ path: file }).catch(() => {});
+    error.message += ` (screenshot: ${file})`;
+    throw error;
+  }
+}
+
+const text = (selector) => page.$eval(selector, (e) => e.textContent.trim());
+const balanceOf = (name) => page.$eval(`.account[data-name="${name}"] .amount`,
+                                       (e) => e.textContent.trim());
+
+test('the book opens on its first account, scrolled to the newest entry', () =>
+  step('open', async () => {
+    assert.equal(await text('#register-title'), 'Checking');
+    await page.waitForSelector('.rows .row:not(.loading)');
+    assert.equal(await balanceOf('Checking'), '$25,258.04');
+    const last = await page.$$eval('.rows .row .tofrom', (cells) => cells.at(-1).textContent);
+    assert.equal(last, 'Safeway');
+  }));
+
+test('a check entered with the keyboard changes the balance', () =>
+  step('add-check', async () => {
+    await page.focus('#new-entry [name=date]');
+    await page.keyboard.press('Tab');
+    await page.keyboard.type('5001');
+    await page.keyboard.press('Tab');
+    await page.keyboard.type('Corner Books');
+    await page.keyboard.press('Tab');
+    await page.keyboard.type('Atlas');
+    await page.keyboard.press('Tab');
+    await page.keyboard.press('Tab');
+    await page.keyboard.type('-42.50');
+    await page.keyboard.press('Enter');
+    await page.waitForFunction(
+      () => document.querySelector('#message').textContent.startsWith('Added entry'));
+    await page.waitForFunction(() => document.querySelector('.account[data-name="Checking"] .amount')
+      .textContent.trim() === '$25,215.54');
+    const lastRow = () => page.$$eval('.rows .row', (rows) => {
+      const row = rows.at(-1);
+      return ['.check', '.tofrom', '.amount'].map((c) => row?.querySelector(c)?.textContent);
+    });
+    await page.waitForFunction(() => {
+      const row = [...document.querySelectorAll('.rows .row')].at(-1);
+      return row?.querySelector('.tofrom')?.textContent === 'Corner Books';
+    }, { timeout: 10000 }).catch(() => {});
+    assert.deepEqual(await lastRow(), ['5001', 'Corner Books', '-$42.50']);
+    // The fields are cleared for the next entry and the cursor waits in the check number.
+    assert.equal(await page.$eval('#new-entry [name=amount]', (e) => e.value), '');
+    assert.equal(await page.evaluate(() => document.activeElement.name), 'checkNumber');
+  }));
+
+test('a transfer changes both accounts', () =>
+  step('transfer', async () => {
+    await page.click('.transfer summary');
+    await page.select('#transfer-form [name=from]', 'Checking');
+    await page.select('#transfer-form [name=to]', 'Savings');
+    await page.type('#transfer-form [name=amount]', '100');
+    await page.click('#transfer-form button[type=submit]');
+    await page.waitForFunction(
+      () => document.querySelector('#message').textContent.startsWith('Transferred'));
+    await page.waitForFunction(() => document.querySelector('.account[data-name="Savings"] .amount')
+      .textContent.trim() === '$15,024.53');
+    assert.equal(await balanceOf('Checking'), '$25,115.54');
+  }));
+
+test('a change made by another program shows without a reload', () =>
+  step('poll', async () => {
+    const changed = spawn(binary, ['--book', path.join(scratch, 'book'), 'entry', 'add', 'Savings',
+                                   '--deposit', '5', '--date', '2026-07-15'],
+                          { env: { ...process.env, FOLVANT_TODAY: '2026-07-15' } });
+    await new Promise((resolve) => changed.on('exit', resolve));
+    await page.waitForFunction(() => document.querySelector('.account[data-name="Savings"] .amount')
+      .textContent.trim() === '$15,029.53', { timeout: 10000 });
+  }));
