@@ -118,6 +118,17 @@ std::optional<std::string> JoinedTextAt(const pugi::xml_node& node, std::string_
   return joined;
 }
 
+// How many children of `node` are elements named `name`; a list's records are counted before
+// they are read, so the vector of a large statement is not moved as it grows.
+std::size_t CountChildren(const pugi::xml_node& node, const char* name) {
+  std::size_t count = 0;
+  for (const pugi::xml_node child : node.children(name)) {
+    (void)child;
+    ++count;
+  }
+  return count;
+}
+
 // Balances the tags of a body whose data elements are closed: an end tag closes the aggregates
 // still open inside its element, an end tag of no open element is dropped, and what is open at
 // the end is closed. Linear in the text.
@@ -369,7 +380,9 @@ OFXAccount ZELMOFXImport::BankStatementAggregateToAccount(const pugi::xml_node& 
   OFXAccount account;
   account.currency = TextAt(statement, "CURDEF").value_or("");
   account.accountID = TextAt(statement, "BANKACCTFROM/ACCTID").value_or("");
-  for (const pugi::xml_node transaction : BKXMLTreeAtPath(statement, "BANKTRANLIST").children("STMTTRN")) {
+  const pugi::xml_node list = BKXMLTreeAtPath(statement, "BANKTRANLIST");
+  account.entries.reserve(CountChildren(list, "STMTTRN"));
+  for (const pugi::xml_node transaction : list.children("STMTTRN")) {
     account.entries.push_back(BankTransactionAggregateToEntry(transaction));
   }
   return account;
@@ -380,7 +393,9 @@ OFXAccount ZELMOFXImport::CreditCardStatementAggregateToAccount(
   OFXAccount account;
   account.currency = TextAt(statement, "CURDEF").value_or("");
   account.accountID = TextAt(statement, "CCACCTFROM/ACCTID").value_or("");
-  for (const pugi::xml_node transaction : BKXMLTreeAtPath(statement, "BANKTRANLIST").children("STMTTRN")) {
+  const pugi::xml_node list = BKXMLTreeAtPath(statement, "BANKTRANLIST");
+  account.entries.reserve(CountChildren(list, "STMTTRN"));
+  for (const pugi::xml_node transaction : list.children("STMTTRN")) {
     account.entries.push_back(BankTransactionAggregateToEntry(transaction));
   }
   return account;

@@ -1,5 +1,6 @@
 #include "folvant/exchange/ZELMQIFImport.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <unordered_set>
@@ -192,6 +193,11 @@ void ZELMQIFImport::AppendRegisterRecords(std::string_view text, ImportRecords& 
                                           bool exactType) const {
   auto appendFrom = [&](std::size_t bodyStart) {
     ImportRecords list = EntryListStringToEntries(SectionFrom(text, bodyStart));
+    // The usual file has one register: its records are taken whole, not moved one by one.
+    if (into.empty()) {
+      into = std::move(list);
+      return;
+    }
     into.insert(into.end(), std::make_move_iterator(list.begin()),
                 std::make_move_iterator(list.end()));
   };
@@ -222,6 +228,7 @@ void ZELMQIFImport::AppendRegisterRecords(std::string_view text, ImportRecords& 
 
 ImportRecords ZELMQIFImport::EntryListStringToEntries(std::string_view list) const {
   ImportRecords records;
+  records.reserve(static_cast<std::size_t>(std::count(list.begin(), list.end(), '^')));
   for (std::size_t start = 0, caret = list.find('^'); caret != std::string_view::npos;
        start = caret + 1, caret = list.find('^', start)) {
     records.push_back(EntryStringToEntry(list.substr(start, caret - start)));
