@@ -722,13 +722,15 @@ BookResult<Review> BuildReview(Book& book, const ImportRequest& request,
   CategoryFinder categories(book);
   std::unordered_set<std::string> newTypes, newCategories;
   const std::size_t total = source.records.size();
+  review.rows.reserve(total);
+  out.resolved.reserve(total);
   for (std::size_t i = 0; i < total; ++i) {
     if (request.progress && i % 4096 == 0 && total > 0) request.progress(double(i) / total);
-    const ImportRecord& r = source.records[i];
     ImportRow row;
     Resolved res;
     row.line = i + 1;
-    row.record = r;
+    row.record = std::move(source.records[i]);  // read no more from the file's list
+    const ImportRecord& r = row.record;
     if (!r.date) {
       row.status = ImportStatus::kUnreadable;
       row.problem = r.dateText ? "the date " + Quote(*r.dateText) + " is not a day under " +
