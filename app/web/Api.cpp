@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <functional>
@@ -223,6 +224,39 @@ std::string ErrorJson(std::string_view message) {
   return render::JsonDump(Json{{"error", JsonText(message)}});
 }
 
+Api::Api(std::filesystem::path book) : book_(std::move(book)) {}
+Api::~Api() = default;
+
+BookResult<Api::Reading> Api::ReadBook() {
+  Reading reading{std::unique_lock(reading_), {}, nullptr};
+  std::string error;
+  std::optional<platform::FileLock> lock = platform::FileLock::Acquire(
+      Book::LockFile(book_), platform::FileLock::Mode::kShared, std::chrono::seconds(5), error);
+  if (!lock) {
+    return Unexpected{BookError::Of(BookError::Kind::kBusy,
+                                    error.empty() ? "the book is in use by another program; "
+                                                    "try again when it has finished"
+                                                  : error)};
+  }
+  reading.lock = std::move(*lock);
+  const std::string version = Version();
+  if (!cached_ || version != cachedVersion_) {
+    cached_.reset();
+    auto opened = Book::Open(book_, {});
+    if (!opened) return Unexpected{opened.error()};
+    cached_ = std::move(*opened);
+    cached_->ReleaseLock();
+    cachedVersion_ = version;
+  }
+  reading.book = cached_.get();
+  return reading;
+}
+
+void Api::Forget() {
+  std::lock_guard lock(reading_);
+  cached_.reset();
+}
+
 std::string Api::Version() const {
   // The names, sizes and change times of the book's files, folded into one number.
   std::uint64_t hash = 1469598103934665603ULL;
@@ -252,10 +286,10 @@ void Api::Register(httplib::Server& server) {
   // Reading: the book opened for reading, the answer made from it.
   auto read = [this](std::function<std::optional<Json>(Book&, const Request&, Refusal&)> answer) {
     return [this, answer](const Request& request, Response& response) {
-      auto book = Book::Open(book_, {});
-      if (!book) return Send(response, RefusalOf(book.error()));
+      auto reading = ReadBook();
+      if (!reading) return Send(response, RefusalOf(reading.error()));
       Refusal refusal;
-      std::optional<Json> document = answer(**book, request, refusal);
+      std::optional<Json> document = answer(*reading->book, request, refusal);
       document ? Send(response, *document) : Send(response, refusal);
     };
   };
@@ -266,12 +300,14 @@ void Api::Register(httplib::Server& server) {
       const std::optional<Json> body = BodyOf(request, refusal);
       if (!body) return Send(response, refusal);
       std::lock_guard lock(changes_);
+      Forget();  // before the book's lock is taken: a reading may be waiting for its turn
       Book::OpenOptions options;
       options.access = Book::Access::kWrite;
       auto book = Book::Open(book_, options);
       if (!book) return Send(response, RefusalOf(book.error()));
       std::optional<Json> document = answer(**book, *body, refusal);
       if (!document) return Send(response, refusal);
+      // The saved files have a new version, so the next reading reads them again.
       if (std::optional<BookError> failed = (*book)->Save()) {
         return Send(response, RefusalOf(*failed));
       }
@@ -309,7 +345,9 @@ void Api::Register(httplib::Server& server) {
                 {"accounts", std::move(accounts)}};
   }));
 
-  // A range of the register's rows: ?account=NAME&offset=N&limit=M (at most 1,000 rows).
+  // A range of the register's rows: ?account=NAME&offset=N&limit=M (at most 1,000 rows); with
+  // &tail=1 the last range whose offset is a multiple of the limit, so that the page that opens
+  // on the newest entries needs one call.
   server.Get("/api/register",
              read([](Book& book, const Request& request, Refusal& refusal) -> std::optional<Json> {
                if (!request.has_param("account")) return refusal = Bad("\"account\" is missing"), std::nullopt;
@@ -321,7 +359,10 @@ void Api::Register(httplib::Server& server) {
                auto view = ShowRegister(book, query);
                if (!view) return refusal = RefusalOf(view.error()), std::nullopt;
                Json rows = Json::array();
-               const std::size_t first = std::min(*offset, view->size());
+               std::size_t first = std::min(*offset, view->size());
+               if (request.get_param_value("tail") == "1" && *limit > 0 && view->size() > 0) {
+                 first = (view->size() - 1) / *limit * *limit;
+               }
                const std::size_t last = std::min(view->size(), first + std::min<std::size_t>(*limit, 1000));
                for (std::size_t i = first; i < last; ++i) rows.push_back(RowJson(view->row(i)));
                return Json{{"account", JsonText(view->account->GetName())},

@@ -1,13 +1,21 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
 
+#include "folvant/book/BookError.h"
+#include "folvant/platform/FileLock.h"
+
 namespace httplib {
 class Server;
 }  // namespace httplib
+
+namespace folvant {
+class Book;
+}  // namespace folvant
 
 namespace folvant::app::web {
 
@@ -20,7 +28,8 @@ std::string ErrorJson(std::string_view message);
 // the book's lock is per process. Bad input is answered with 400 and changes nothing.
 class Api {
  public:
-  explicit Api(std::filesystem::path book) : book_(std::move(book)) {}
+  explicit Api(std::filesystem::path book);
+  ~Api();
   void Register(httplib::Server& server);
 
   // A number that changes whenever a file of the book changes: the pages poll it and reload
@@ -28,8 +37,21 @@ class Api {
   std::string Version() const;
 
  private:
+  // The book as last read, kept while its files stay as they were: a large register is read
+  // from its file once, not on every call. Calls that read take turns on it.
+  struct Reading {
+    std::unique_lock<std::mutex> turn;
+    platform::FileLock lock;  // the book's, shared, for this call
+    Book* book = nullptr;
+  };
+  BookResult<Reading> ReadBook();
+  void Forget();
+
   std::filesystem::path book_;
   std::mutex changes_;
+  std::mutex reading_;
+  std::unique_ptr<Book> cached_;
+  std::string cachedVersion_;
 };
 
 }  // namespace folvant::app::web

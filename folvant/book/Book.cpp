@@ -221,6 +221,14 @@ BookResult<std::unique_ptr<Book>> Book::Open(const std::filesystem::path& direct
   return book;
 }
 
+std::filesystem::path Book::LockFile(const std::filesystem::path& directory) {
+  return directory / kLockFileName;
+}
+
+void Book::ReleaseLock() {
+  if (access_ != Access::kWrite) lock_ = platform::FileLock();
+}
+
 std::optional<BookError> Book::ReadBookFile() {
   const std::filesystem::path path = directory_ / kBookFileName;
   auto read = plist::ReadFile(path);

@@ -103,6 +103,12 @@ class Book final : public ZELMAccountsController {
   void setPasswordAsker(PasswordAsker asker) { askPassword_ = std::move(asker); }
 
   const std::filesystem::path& directory() const { return directory_; }
+  // The file whose lock the book holds while it is open.
+  static std::filesystem::path LockFile(const std::filesystem::path& directory);
+  // Gives up the lock of a book opened for reading while the object lives on: for a reader
+  // that keeps the book between calls, takes the lock itself for each of them and reads the
+  // book again when its files changed (the web server).
+  void ReleaseLock();
   bool writable() const { return access_ == Access::kWrite; }
 
   // Every account in book order, with its balance from the book's records when the account

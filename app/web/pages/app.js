@@ -192,13 +192,24 @@ async function refreshRegister(toBottom) {
   const account = state.account;
   const rows = $('#rows');
   const keepBottom = toBottom || rows.scrollTop + rows.clientHeight >= rows.scrollHeight - 2;
-  const head = await call(`/api/register?${registerQuery(account, 0, 0)}`);
-  if (account !== state.account) return;
-  applyTotals(head);
-  if (keepBottom) rows.scrollTop = rows.scrollHeight;
-  const [first, last] = visibleRange();
   const fresh = new Map();
+  if (keepBottom) {
+    // The newest entries and the register's size in one call.
+    const query = registerQuery(account, 0);
+    query.set('tail', '1');
+    const data = await call(`/api/register?${query}`);
+    if (account !== state.account) return;
+    applyTotals(data);
+    fresh.set(Math.floor(data.offset / PAGE), data.rows);
+    rows.scrollTop = rows.scrollHeight;
+  } else {
+    const head = await call(`/api/register?${registerQuery(account, 0, 0)}`);
+    if (account !== state.account) return;
+    applyTotals(head);
+  }
+  const [first, last] = visibleRange();
   for (let page = Math.floor(first / PAGE); page * PAGE < Math.max(last, 1) && page * PAGE < state.total; page++) {
+    if (fresh.has(page)) continue;
     const data = await call(`/api/register?${registerQuery(account, page)}`);
     fresh.set(page, data.rows);
   }
@@ -350,8 +361,8 @@ async function addEntry(event) {
     for (const key of ['checkNumber', 'toFrom', 'description', 'category', 'amount']) {
       form.elements[key].value = '';
     }
+    form.elements.checkNumber.focus();  // ready for the next entry at once
     await Promise.all([refreshRegister(true), loadAccounts()]);
-    form.elements.checkNumber.focus();
   } catch (error) {
     say(error.message, true);
   }
