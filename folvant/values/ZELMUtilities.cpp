@@ -76,8 +76,6 @@ double TruncateValue(double x, std::int32_t digits) {
   return static_cast<double>(TruncateToInt64(x * scale)) / scale;
 }
 
-double RoundNearZeroValue(double x) { return (x > -0.001 && x < 0.001) ? 0.0 : x; }
-
 double RoundAmount(double x) {
   if (!std::isfinite(x)) return x;
   if (x == 0) return 0.0;  // a decimal has no negative zero

@@ -50,7 +50,8 @@ double RoundValue(double x);
 double TruncateValue(double x, std::int32_t digits);
 
 // Exactly 0.0 when -0.001 < x < 0.001, otherwise x; keeps cancelled sums from showing "-0.00".
-double RoundNearZeroValue(double x);
+// Inline: summaries call it for every amount they add.
+inline double RoundNearZeroValue(double x) { return (x > -0.001 && x < 0.001) ? 0.0 : x; }
 
 // The rounding applied when an amount is set: the shortest decimal text that reads back as x,
 // rounded to two decimals half away from zero, read back as a double. So 1.005 becomes 1.01
