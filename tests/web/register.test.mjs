@@ -47,6 +47,7 @@ before(async () => {
     args: ['--no-sandbox', '--disable-gpu', '--disable-dev-shm-usage'],
   });
   page = await browser.newPage();
+  page.setDefaultTimeout(60000);  // a loaded machine (a sanitizer build, tests beside) is slow
   await page.setViewport({ width: 1280, height: 800 });
   await page.goto(address, { waitUntil: 'networkidle0' });
 });
@@ -106,7 +107,7 @@ test('a check entered with the keyboard changes the balance', () =>
     await page.waitForFunction(() => {
       const row = [...document.querySelectorAll('.rows .row')].at(-1);
       return row?.querySelector('.tofrom')?.textContent === 'Corner Books';
-    }, { timeout: 10000 }).catch(() => {});
+    }, { timeout: 20000 }).catch(() => {});
     assert.deepEqual(await lastRow(), ['5001', 'Corner Books', '-$42.50']);
     // The fields are cleared for the next entry and the cursor waits in the check number.
     assert.equal(await page.$eval('#new-entry [name=amount]', (e) => e.value), '');
@@ -134,5 +135,5 @@ test('a change made by another program shows without a reload', () =>
                           { env: { ...process.env, FOLVANT_TODAY: '2026-07-15' } });
     await new Promise((resolve) => changed.on('exit', resolve));
     await page.waitForFunction(() => document.querySelector('.account[data-name="Savings"] .amount')
-      .textContent.trim() === '$15,029.53', { timeout: 10000 });
+      .textContent.trim() === '$15,029.53', { timeout: 30000 });
   }));
