@@ -13,6 +13,7 @@
 #include "app/render/AmountText.h"
 #include "app/render/Chart.h"
 #include "app/render/Json.h"
+#include "app/render/SummaryChart.h"
 #include "app/render/Table.h"
 #include "folvant/book/Book.h"
 #include "folvant/book/Summaries.h"
@@ -256,34 +257,11 @@ BookResult<SummaryChange> Select(Book& book, std::string_view account, const std
 
 // ---- summary show ----
 
-std::string PeriodLabel(const ZELMPeriodSubtotal& p, std::int32_t period) {
-  const std::string start = FormatIsoDate(Day(p.startDate));
-  const std::string end = FormatIsoDate(Day(p.endDate));
-  switch (period) {
-    case 0:
-    case 1:
-      return start;
-    case 2:
-      return start.substr(0, 7);
-    case 4:
-      return start.substr(0, 4);
-    default:
-      return start + ".." + end;
-  }
-}
+using render::PeriodLabel;
 
-// The category nodes depth first, each with its depth; brothers by size, the largest first.
 void Flatten(const ZELMCategorySubtotals& nodes, int depth,
              std::vector<std::pair<const ZELMCategorySubtotal*, int>>& out) {
-  std::vector<const ZELMCategorySubtotal*> sorted;
-  for (const auto& node : nodes) sorted.push_back(&node);
-  std::stable_sort(sorted.begin(), sorted.end(), [](const auto* a, const auto* b) {
-    return std::fabs(a->amount) > std::fabs(b->amount);
-  });
-  for (const auto* node : sorted) {
-    out.emplace_back(node, depth);
-    Flatten(node->children, depth + 1, out);
-  }
+  render::FlattenCategories(nodes, depth, out);
 }
 
 std::string Share(double amount, const ZELMSummaryReport& r) {
@@ -420,11 +398,7 @@ void AppendLargest(std::string& out, const char* heading, const ZELMSummaryRows&
 }
 
 std::vector<render::PeriodValues> PeriodValues(const SummaryResult& r) {
-  std::vector<render::PeriodValues> values;
-  for (const auto& p : r.report.subtotals) {
-    values.push_back({PeriodLabel(p, r.period), p.depositsTotal, -p.debitsTotal, p.total});
-  }
-  return values;
+  return render::PeriodValuesOf(r);
 }
 
 std::size_t TerminalWidth() {
@@ -500,20 +474,7 @@ void PrintText(Context& context, const SummaryResult& r, const Options& o) {
 }
 
 bool WriteSvg(Context& context, const SummaryResult& r, const std::string& file) {
-  const render::AmountWriter amounts(*r.currency);
-  std::vector<render::CategoryValue> categories;
-  std::vector<std::pair<const ZELMCategorySubtotal*, int>> nodes;
-  Flatten(r.report.categoriesSubtotals, 0, nodes);
-  for (const auto& [node, depth] : nodes) {
-    categories.push_back({node->subtotalName.empty() ? "(none)" : node->subtotalName,
-                          node->amount, depth});
-  }
-  render::ChartTitles titles;
-  titles.title = r.title + ": " + FormatIsoDate(Day(r.report.startDate)) + " to " +
-                 FormatIsoDate(Day(r.report.endDate));
-  const std::string svg = render::SummarySvg(
-      r.period == 5 ? std::vector<render::PeriodValues>{} : PeriodValues(r), categories,
-      [&](double a) { return amounts.Text(a); }, titles);
+  const std::string svg = render::SummaryResultSvg(r);
   std::ofstream stream(file, std::ios::binary | std::ios::trunc);
   stream << svg;
   stream.close();

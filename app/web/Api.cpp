@@ -1,12 +1,15 @@
 #include "app/web/Api.h"
 
 #include <httplib.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
 #include <chrono>
+#include <cctype>
 #include <cmath>
 #include <cstdint>
+#include <fstream>
 #include <functional>
 #include <optional>
 #include <string>
@@ -14,16 +17,21 @@
 #include <vector>
 
 #include "app/cli/EntryOutput.h"
+#include "app/cli/ImportOutput.h"
 #include "app/render/Json.h"
+#include "app/render/SummaryChart.h"
 #include "folvant/book/Book.h"
 #include "folvant/book/Entries.h"
+#include "folvant/book/Import.h"
 #include "folvant/book/RegisterView.h"
+#include "folvant/book/Summaries.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntry.h"
 #include "folvant/model/ZELMAccountEntryCategory.h"
 #include "folvant/platform/CivilDate.h"
 #include "folvant/platform/Clock.h"
 #include "folvant/values/LVCurrency.h"
+#include "folvant/values/ZELMUtilities.h"
 
 namespace folvant::app::web {
 namespace {
@@ -476,6 +484,140 @@ void Api::Register(httplib::Server& server) {
                             {"to", Json{{"account", JsonText(done->to->GetName())},
                                         {"entry", EntryJson(done->deposit)},
                                         {"balance", JsonAmount(done->toBalance)}}}};
+              }));
+
+  server.Get("/api/summaries",
+             read([](Book& book, const Request& request, Refusal& refusal) -> std::optional<Json> {
+               auto listing = ListSummaries(book, request.get_param_value("account"));
+               if (!listing) return refusal = RefusalOf(listing.error()), std::nullopt;
+               Json summaries = Json::array();
+               for (const SummaryDefinition& d : listing->summaries) {
+                 summaries.push_back(Json{{"name", JsonText(d.name)},
+                                          {"range", JsonText(d.range)},
+                                          {"period", JsonText(d.period)},
+                                          {"selected", d.selected}});
+               }
+               return Json{{"account", JsonText(listing->account->GetName())},
+                           {"summaries", std::move(summaries)}};
+             }));
+
+  // A report: ?account=NAME[&name=SUMMARY][&range=WORDS][&period=month]; with the same
+  // pictures as `summary show --svg`.
+  server.Get("/api/summary",
+             read([](Book& book, const Request& request, Refusal& refusal) -> std::optional<Json> {
+               SummaryOptions overrides;
+               if (request.has_param("range")) {
+                 overrides.range = ReadSummaryRange(request.get_param_value("range"));
+                 if (!overrides.range) return refusal = Bad("\"range\" is not a range"), std::nullopt;
+               }
+               if (request.has_param("period")) {
+                 const std::int32_t period = ReadSummaryPeriod(request.get_param_value("period"));
+                 if (period < 0) return refusal = Bad("\"period\" is not a period"), std::nullopt;
+                 overrides.period = period;
+               }
+               std::optional<std::string> name;
+               if (request.has_param("name")) name = request.get_param_value("name");
+               auto result = ShowSummary(book, request.get_param_value("account"), name,
+                                         overrides, false);
+               if (!result) return refusal = RefusalOf(result.error()), std::nullopt;
+               const ZELMSummaryReport& r = result->report;
+               Json periods = Json::array();
+               for (const render::PeriodValues& p : render::PeriodValuesOf(*result)) {
+                 periods.push_back(Json{{"label", p.label},
+                                        {"deposits", JsonAmount(p.deposits)},
+                                        {"debits", JsonAmount(p.debits)},
+                                        {"net", JsonAmount(p.net)}});
+               }
+               Json categories = Json::array();
+               std::vector<std::pair<const ZELMCategorySubtotal*, int>> nodes;
+               render::FlattenCategories(r.categoriesSubtotals, 0, nodes);
+               for (const auto& [node, depth] : nodes) {
+                 categories.push_back(Json{{"name", JsonText(node->subtotalName)},
+                                           {"amount", JsonAmount(node->amount)},
+                                           {"depth", depth}});
+               }
+               auto day = [](const platform::LocalTime& t) {
+                 return platform::FormatIsoDate(NSCalendarDateToDateNumber(t));
+               };
+               return Json{{"title", JsonText(result->title)},
+                           {"summary", JsonText(result->definition.name)},
+                           {"currency", JsonText(result->currency->code())},
+                           {"startDate", day(r.startDate)},
+                           {"endDate", day(r.endDate)},
+                           {"startBalance", JsonAmount(r.startBalance)},
+                           {"endBalance", JsonAmount(r.endBalance)},
+                           {"depositsTotal", JsonAmount(r.depositsTotal)},
+                           {"debitsTotal", JsonAmount(r.debitsTotal)},
+                           {"total", JsonAmount(r.total)},
+                           {"periods", std::move(periods)},
+                           {"categories", std::move(categories)},
+                           {"svg", render::SummaryResultSvg(*result)}};
+             }));
+
+  // A bank's file as the request's body: ?account=NAME&name=FILE.ofx[&apply=1]
+  // [&includePossible=1]. Without apply the review, changing nothing; with it the import.
+  server.Post("/api/import", [this](const Request& request, Response& response) {
+    const std::string name = request.get_param_value("name");
+    if (!request.has_param("account")) return Send(response, Bad("\"account\" is missing"));
+    if (request.body.empty()) return Send(response, Bad("the file is empty"));
+    // The file's own name, for its format; kept in a folder of its own while it is read.
+    std::string safe;
+    for (char c : name.substr(name.find_last_of("/\\") + 1)) {
+      safe.push_back(std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '-' ? c : '_');
+    }
+    if (safe.empty() || safe.front() == '.') safe = "statement" + safe;
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(error) /
+                                         ("folvant-upload-" + std::to_string(::getpid()) + "-" +
+                                          std::to_string(reinterpret_cast<std::uintptr_t>(&request)));
+    std::filesystem::create_directories(folder, error);
+    struct Cleanup {
+      std::filesystem::path folder;
+      ~Cleanup() {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+      }
+    } cleanup{folder};
+    {
+      std::ofstream out(folder / safe, std::ios::binary);
+      out << request.body;
+      if (!out) return Send(response, Refusal{500, "the file could not be kept for reading"});
+    }
+    ImportRequest import;
+    import.account = request.get_param_value("account");
+    import.file = folder / safe;
+    import.includePossible = request.get_param_value("includePossible") == "1";
+    if (request.get_param_value("apply") != "1") {
+      auto reading = ReadBook();
+      if (!reading) return Send(response, RefusalOf(reading.error()));
+      auto review = ReviewImport(*reading->book, import);
+      if (!review) return Send(response, RefusalOf(review.error()));
+      return Send(response, ImportReviewJson(*review));
+    }
+    std::lock_guard lock(changes_);
+    Forget();
+    Book::OpenOptions options;
+    options.access = Book::Access::kWrite;
+    auto book = Book::Open(book_, options);
+    if (!book) return Send(response, RefusalOf(book.error()));
+    auto applied = ApplyImport(**book, import);
+    if (!applied) return Send(response, RefusalOf(applied.error()));
+    if (std::optional<BookError> failed = (*book)->Save()) {
+      return Send(response, RefusalOf(*failed));
+    }
+    Send(response, ImportReviewJson(*applied));
+  });
+
+  server.Post("/api/import/undo",
+              change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
+                Fields fields(body);
+                const std::optional<std::string> account = fields.Text("account", true);
+                if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
+                auto undone = UndoImport(book, *account);
+                if (!undone) return refusal = RefusalOf(undone.error()), std::nullopt;
+                return Json{{"account", JsonText(undone->account->GetName())},
+                            {"removed", undone->removed},
+                            {"balance", JsonAmount(undone->balance)}};
               }));
 
   server.set_error_handler([](const Request& request, Response& response) {

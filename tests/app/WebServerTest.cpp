@@ -236,6 +236,42 @@ TEST_F(WebServerTest, TheCallsOfTheRegisterPage) {
   EXPECT_GT(categories["categories"].size(), 5u);
 }
 
+TEST_F(WebServerTest, SummariesAndImports) {
+  auto [listed, summaries] = Get("/api/summaries?account=Checking");
+  ASSERT_EQ(listed, 200);
+  EXPECT_GE(summaries["summaries"].size(), 12u);
+  auto [shown, report] = Get("/api/summary?account=Checking&range=all&period=month");
+  ASSERT_EQ(shown, 200) << report.dump();
+  EXPECT_GT(report["periods"].size(), 6u);
+  EXPECT_FALSE(report["categories"].empty());
+  EXPECT_NE(report["svg"].get<std::string>().find("<svg"), std::string::npos);
+  EXPECT_EQ(Get("/api/summary?account=Checking&period=fortnight").first, 400);
+  EXPECT_EQ(Get("/api/summary?account=Checking&name=Nothing").first, 404);
+
+  const std::string qif = "!Type:Bank\nD07/10/2026\nT-12.00\nPCorner Books\n^\n";
+  httplib::Client client = Client();
+  auto review = client.Post("/api/import?account=Checking&name=../../a.qif", Signed(), qif,
+                            "application/octet-stream");
+  ASSERT_TRUE(review);
+  ASSERT_EQ(review->status, 200) << review->body;
+  Json reviewed = Json::parse(review->body);
+  EXPECT_EQ(reviewed["applied"], false);
+  EXPECT_EQ(reviewed["rows"][0]["status"], "new");
+  const double balance = Balance("Checking");
+  auto applied = client.Post("/api/import?account=Checking&name=a.qif&apply=1", Signed(), qif,
+                             "application/octet-stream");
+  ASSERT_TRUE(applied);
+  ASSERT_EQ(applied->status, 200) << applied->body;
+  EXPECT_EQ(Json::parse(applied->body)["added"], 1);
+  EXPECT_DOUBLE_EQ(Balance("Checking"), balance - 12.0);
+  auto [undone, taken] = Post("/api/import/undo", R"({"account": "Checking"})");
+  EXPECT_EQ(undone, 200) << taken.dump();
+  EXPECT_DOUBLE_EQ(Balance("Checking"), balance);
+  auto empty = client.Post("/api/import?account=Checking&name=a.qif", Signed(), "", "text/plain");
+  ASSERT_TRUE(empty);
+  EXPECT_EQ(empty->status, 400);
+}
+
 // Several clients adding and reading at once for a few seconds: every entry that was answered
 // as added is in the book afterwards, and nothing failed.
 TEST_F(WebServerTest, SeveralClientsAtOnceLoseNothing) {

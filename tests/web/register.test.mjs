@@ -1,5 +1,6 @@
 // Drives the pages of `folvant serve` in Debian's Chromium, as a person would: open the book,
-// add a check with the keyboard, make a transfer. A failing test leaves a screenshot in
+// add a check with the keyboard, make a transfer, see a change made elsewhere, show a summary
+// with its chart, import a bank's OFX file. A failing test leaves a screenshot in
 // $FOLVANT_SCREENSHOTS (default: the system's temporary folder).
 //
 //   FOLVANT_BINARY=build/dev/folvant node --test tests/web/
@@ -7,7 +8,7 @@
 import { test, before, after } from 'node:test';
 import assert from 'node:assert/strict';
 import { spawn } from 'node:child_process';
-import { cpSync, mkdtempSync, rmSync } from 'node:fs';
+import { cpSync, mkdtempSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import path from 'node:path';
 import { fileURLToPath } from 'node:url';
@@ -136,4 +137,43 @@ test('a change made by another program shows without a reload', () =>
     await new Promise((resolve) => changed.on('exit', resolve));
     await page.waitForFunction(() => document.querySelector('.account[data-name="Savings"] .amount')
       .textContent.trim() === '$15,029.53', { timeout: 30000 });
+  }));
+
+test('a summary shows its chart and its categories', () =>
+  step('summary', async () => {
+    await page.click('.views [data-view=summary-view]');
+    await page.waitForSelector('#summary-report img');
+    const alt = await page.$eval('#summary-report img', (img) => img.alt);
+    assert.match(alt, /^Chart of /);
+    const loaded = await page.$eval('#summary-report img', (img) => img.complete && img.naturalWidth > 0);
+    assert.ok(loaded, 'the chart is a picture the browser can draw');
+    const categories = await page.$$eval('#summary-report tbody tr', (rows) => rows.length);
+    assert.ok(categories > 0);
+  }));
+
+test('an OFX download is reviewed, then imported', () =>
+  step('import', async () => {
+    const file = path.join(scratch, 'statement.ofx');
+    writeFileSync(file, [
+      'OFXHEADER:100', 'DATA:OFXSGML', 'VERSION:102', 'ENCODING:USASCII', 'CHARSET:1252', '',
+      '<OFX><BANKMSGSRSV1><STMTTRNRS><STMTRS><CURDEF>USD',
+      '<BANKACCTFROM><BANKID>1<ACCTID>77</BANKACCTFROM><BANKTRANLIST>',
+      '<STMTTRN><TRNTYPE>DEBIT<DTPOSTED>20260714<TRNAMT>-12.34<FITID>X1<NAME>Hardware store</STMTTRN>',
+      '<STMTTRN><TRNTYPE>CREDIT<DTPOSTED>20260715<TRNAMT>50.00<FITID>X2<NAME>Refund</STMTTRN>',
+      '</BANKTRANLIST></STMTRS></STMTTRNRS></BANKMSGSRSV1></OFX>', ''].join('\r\n'));
+    await page.click('.views [data-view=import-view]');
+    const input = await page.$('#import-form [name=file]');
+    await input.uploadFile(file);
+    await page.click('#import-form button[type=submit]');
+    await page.waitForSelector('#import-review tbody tr');
+    const statuses = await page.$$eval('#import-review tbody tr td:last-child',
+                                       (cells) => cells.map((c) => c.textContent));
+    assert.deepEqual(statuses, ['new', 'new']);
+    const before = await balanceOf('Checking');
+    await page.click('#import-apply');
+    await page.waitForFunction(
+      () => document.querySelector('#message').textContent.startsWith('Imported 2 entries'));
+    await page.waitForFunction((old) => document.querySelector('.account[data-name="Checking"] .amount')
+      .textContent.trim() !== old, {}, before);
+    assert.equal(await balanceOf('Checking'), '$25,153.20');
   }));

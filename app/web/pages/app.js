@@ -141,6 +141,8 @@ async function showAccount(name) {
   $('#menu').setAttribute('aria-expanded', 'false');
   await refreshRegister(true);
   loadLists();
+  if (!$('#summary-view').hidden) loadSummaries();
+  $('#import-review').replaceChildren();
   $('#new-entry [name=date]').focus();
 }
 
@@ -385,6 +387,132 @@ async function transfer(event) {
   }
 }
 
+// ---- views: register, summary, import ----
+
+function showView(id) {
+  document.querySelectorAll('.views [role=tab]').forEach((tab) => {
+    const selected = tab.dataset.view === id;
+    tab.setAttribute('aria-selected', String(selected));
+    $(`#${tab.dataset.view}`).hidden = !selected;
+  });
+  if (id === 'summary-view') loadSummaries();
+}
+
+function table(headings, rows) {
+  const element = document.createElement('table');
+  const head = element.createTHead().insertRow();
+  for (const [text, className] of headings) {
+    const th = document.createElement('th');
+    th.textContent = text;
+    if (className) th.className = className;
+    head.append(th);
+  }
+  const body = element.createTBody();
+  for (const row of rows) {
+    const tr = body.insertRow();
+    row.forEach((value, i) => {
+      const td = tr.insertCell();
+      td.textContent = value;
+      if (headings[i][1]) td.className = headings[i][1];
+    });
+  }
+  return element;
+}
+
+async function loadSummaries() {
+  const select = $('#summary-form [name=name]');
+  try {
+    const data = await call(`/api/summaries?${new URLSearchParams({ account: state.account })}`);
+    select.replaceChildren(...data.summaries.map((s) => {
+      const option = new Option(s.name, s.name);
+      option.selected = s.selected;
+      return option;
+    }));
+    await showSummary();
+  } catch (error) {
+    say(error.message, true);
+  }
+}
+
+async function showSummary(event) {
+  event?.preventDefault();
+  const form = $('#summary-form');
+  const query = new URLSearchParams({ account: state.account, name: form.elements.name.value });
+  if (form.elements.range.value.trim()) query.set('range', form.elements.range.value.trim());
+  if (form.elements.period.value) query.set('period', form.elements.period.value);
+  const report = $('#summary-report');
+  try {
+    const data = await call(`/api/summary?${query}`);
+    const totals = document.createElement('dl');
+    totals.className = 'totals balances';
+    for (const [label, value] of [['From', data.startDate], ['To', data.endDate],
+                                  ['Deposits', money(data.depositsTotal, data.currency)],
+                                  ['Debits', money(data.debitsTotal, data.currency)],
+                                  ['Net', money(data.total, data.currency)],
+                                  ['End balance', money(data.endBalance, data.currency)]]) {
+      const dt = document.createElement('dt');
+      dt.textContent = label;
+      const dd = document.createElement('dd');
+      dd.textContent = value;
+      totals.append(dt, dd);
+    }
+    const chart = document.createElement('img');
+    chart.src = `data:image/svg+xml;charset=utf-8,${encodeURIComponent(data.svg)}`;
+    chart.alt = `Chart of ${data.title}: deposits and debits by period, and spending by category`;
+    const categories = table([['Category'], ['Amount', 'amount']], data.categories.map(
+      (c) => ['\u2003'.repeat(c.depth) + (c.name || '(none)'), money(c.amount, data.currency)]));
+    report.replaceChildren(totals, chart, categories);
+  } catch (error) {
+    report.replaceChildren();
+    say(error.message, true);
+  }
+}
+
+const importState = { file: null };
+
+async function reviewImport(event, apply = false) {
+  event?.preventDefault();
+  const file = importState.file || $('#import-form [name=file]').files[0];
+  if (!file) return;
+  importState.file = file;
+  const query = new URLSearchParams({ account: state.account, name: file.name });
+  if (apply) query.set('apply', '1');
+  try {
+    const response = await fetch(`/api/import?${query}`, {
+      method: 'POST', credentials: 'same-origin',
+      headers: { 'Content-Type': 'application/octet-stream' }, body: file,
+    });
+    const data = await response.json();
+    if (!response.ok) throw new Error(data.error || response.statusText);
+    const notes = document.createElement('p');
+    notes.textContent = [
+      `${data.format} file "${data.file}"`,
+      data.encoding && `read as ${data.encoding}`,
+      data.dateFormat && `dates ${data.dateFormat}${data.dateNote ? ` (${data.dateNote})` : ''}`,
+      data.readNote,
+    ].filter(Boolean).join('; ') + '.';
+    const rows = data.rows.map((r) => [r.date ?? '–', money(r.amount, state.currency), r.toFrom,
+      r.description, r.category, r.status + (r.match ? ` (entry ${r.match})` : '') +
+      (r.problem ? `: ${r.problem}` : '') + (r.added ? ` → ${r.added}` : '')]);
+    const list = table([['Date'], ['Amount', 'amount'], ['To/From'], ['Description'],
+                        ['Category'], ['Status']], rows);
+    list.querySelectorAll('tbody tr').forEach((tr, i) => {
+      tr.className = `status-${data.rows[i].status.split(' ')[0]}`;
+    });
+    const counts = document.createElement('p');
+    counts.textContent = Object.entries(data.counts).map(([k, v]) => `${v} ${k}`).join(', ') + '.';
+    $('#import-review').replaceChildren(notes, list, counts);
+    $('#import-apply').disabled = apply || (data.counts.new + data.counts.transfer) === 0;
+    if (apply) {
+      say(`Imported ${data.added} entries as batch ${data.batch ?? '–'}.`);
+      importState.file = null;
+      await Promise.all([refreshRegister(true), loadAccounts()]);
+    }
+  } catch (error) {
+    say(error.message, true);
+  }
+}
+
 // ---- keeping up with other programs ----
 
 async function poll() {
@@ -417,6 +545,24 @@ async function start() {
   });
   $('#rows').addEventListener('scroll', () => requestAnimationFrame(drawRows));
   window.addEventListener('resize', () => requestAnimationFrame(drawRows));
+  document.querySelectorAll('.views [role=tab]').forEach((tab) => {
+    tab.addEventListener('click', () => showView(tab.dataset.view));
+  });
+  $('#summary-form').addEventListener('submit', showSummary);
+  $('#import-form').addEventListener('submit', (event) => {
+    importState.file = null;
+    reviewImport(event);
+  });
+  $('#import-apply').addEventListener('click', () => reviewImport(null, true));
+  $('#import-undo').addEventListener('click', async () => {
+    try {
+      const done = await call('/api/import/undo', { account: state.account });
+      say(`Took back ${done.removed} entries; balance ${money(done.balance, state.currency)}.`);
+      await Promise.all([refreshRegister(true), loadAccounts()]);
+    } catch (error) {
+      say(error.message, true);
+    }
+  });
   $('#menu').addEventListener('click', () => {
     const open = $('#accounts').classList.toggle('open');
     $('#menu').setAttribute('aria-expanded', String(open));

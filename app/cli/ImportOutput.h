@@ -1,0 +1,13 @@
+#pragma once
+
+#include "app/render/Json.h"
+#include "folvant/book/Import.h"
+
+namespace folvant::app {
+
+// The import review as `folvant import --json` and the web pages give it: {account, file,
+// format, encoding, dateFormat, dateNote, readNote, fileAccounts, fileAccount, rows, counts,
+// newTypes, newCategories, applied, batch, added, linked, balance}.
+render::Json ImportReviewJson(const ImportReview& review);
+
+}  // namespace folvant::app
