@@ -6,6 +6,7 @@
 
 #include "app/cli/BookAccess.h"
 #include "app/cli/Commands.h"
+#include "app/cli/ReconcileOutput.h"
 #include "app/cli/Options.h"
 #include "app/render/AmountText.h"
 #include "app/render/Json.h"
@@ -72,40 +73,7 @@ const char* KindWord(ReconcileSuggestion::Kind kind) {
 }
 
 void PrintJson(Context& context, const ReconcileOutcome& outcome) {
-  const ReconcileListing& l = outcome.listing;
-  Json entries = Json::array();
-  for (const UnresolvedEntry& e : l.unresolved) {
-    Json row = Json::object();
-    row["number"] = e.number;
-    row["date"] = FormatIsoDate(e.date);
-    row["checkNumber"] = e.checkNumber ? Json(*e.checkNumber) : Json(nullptr);
-    row["toFrom"] = JsonText(e.toFrom);
-    row["description"] = JsonText(e.description);
-    row["amount"] = render::JsonAmount(e.amount);
-    entries.push_back(std::move(row));
-  }
-  Json suggestions = Json::array();
-  for (const ReconcileSuggestion& s : l.suggestions) {
-    Json amounts = Json::array();
-    for (double amount : s.amounts) amounts.push_back(render::JsonAmount(amount));
-    Json suggestion = Json::object();
-    suggestion["kind"] = KindWord(s.kind);
-    suggestion["entries"] = s.entries;
-    suggestion["amounts"] = std::move(amounts);
-    suggestion["resolved"] = s.resolved;
-    suggestions.push_back(std::move(suggestion));
-  }
-  Json document = Json::object();
-  document["account"] = JsonText(l.account->GetName());
-  document["statementDate"] = FormatIsoDate(l.statement.date);
-  document["statementBalance"] = render::JsonAmount(l.statement.balance);
-  document["resolvedBalance"] = render::JsonAmount(l.resolvedBalance);
-  document["difference"] = render::JsonAmount(l.difference);
-  document["unresolved"] = std::move(entries);
-  document["suggestions"] = std::move(suggestions);
-  document["resolvedSinceLast"] = l.resolvedSinceLast;
-  document["finished"] = outcome.finished ? RecordJson(*outcome.finished) : Json(nullptr);
-  render::WriteJson(context.out, document);
+  render::WriteJson(context.out, ReconcileOutcomeJson(outcome));
 }
 
 std::string SuggestionText(const ReconcileSuggestion& s, const render::AmountWriter& amounts) {
@@ -267,6 +235,43 @@ int Undo(Context& context, const std::string& account, bool json) {
 }
 
 }  // namespace
+
+render::Json ReconcileOutcomeJson(const ReconcileOutcome& outcome) {
+  const ReconcileListing& l = outcome.listing;
+  Json entries = Json::array();
+  for (const UnresolvedEntry& e : l.unresolved) {
+    Json row = Json::object();
+    row["number"] = e.number;
+    row["date"] = FormatIsoDate(e.date);
+    row["checkNumber"] = e.checkNumber ? Json(*e.checkNumber) : Json(nullptr);
+    row["toFrom"] = JsonText(e.toFrom);
+    row["description"] = JsonText(e.description);
+    row["amount"] = render::JsonAmount(e.amount);
+    entries.push_back(std::move(row));
+  }
+  Json suggestions = Json::array();
+  for (const ReconcileSuggestion& s : l.suggestions) {
+    Json amounts = Json::array();
+    for (double amount : s.amounts) amounts.push_back(render::JsonAmount(amount));
+    Json suggestion = Json::object();
+    suggestion["kind"] = KindWord(s.kind);
+    suggestion["entries"] = s.entries;
+    suggestion["amounts"] = std::move(amounts);
+    suggestion["resolved"] = s.resolved;
+    suggestions.push_back(std::move(suggestion));
+  }
+  Json document = Json::object();
+  document["account"] = JsonText(l.account->GetName());
+  document["statementDate"] = FormatIsoDate(l.statement.date);
+  document["statementBalance"] = render::JsonAmount(l.statement.balance);
+  document["resolvedBalance"] = render::JsonAmount(l.resolvedBalance);
+  document["difference"] = render::JsonAmount(l.difference);
+  document["unresolved"] = std::move(entries);
+  document["suggestions"] = std::move(suggestions);
+  document["resolvedSinceLast"] = l.resolvedSinceLast;
+  document["finished"] = outcome.finished ? RecordJson(*outcome.finished) : Json(nullptr);
+  return document;
+}
 
 void RegisterReconcileCommand(CLI::App& app, Context& context, CommandList& actions) {
   auto o = std::make_shared<ReconcileOptions>();

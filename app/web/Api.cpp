@@ -18,11 +18,13 @@
 
 #include "app/cli/EntryOutput.h"
 #include "app/cli/ImportOutput.h"
+#include "app/cli/ReconcileOutput.h"
 #include "app/render/Json.h"
 #include "app/render/SummaryChart.h"
 #include "folvant/book/Book.h"
 #include "folvant/book/Entries.h"
 #include "folvant/book/Import.h"
+#include "folvant/book/Reconcile.h"
 #include "folvant/book/RegisterView.h"
 #include "folvant/book/Summaries.h"
 #include "folvant/model/ZELMAccount.h"
@@ -618,6 +620,31 @@ void Api::Register(httplib::Server& server) {
                 return Json{{"account", JsonText(undone->account->GetName())},
                             {"removed", undone->removed},
                             {"balance", JsonAmount(undone->balance)}};
+              }));
+
+  // Reconciling against a statement: {account, statementDate, statementBalance, resolve: [n],
+  // unresolve: [n], finish}; answers with the listing after the change.
+  server.Post("/api/reconcile",
+              change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
+                Fields fields(body);
+                const std::optional<std::string> account = fields.Text("account", true);
+                ReconcileRequest reconcile;
+                const std::optional<std::int32_t> date = fields.Date("statementDate");
+                const std::optional<double> balance = fields.Amount("statementBalance", true);
+                if (!date && !fields.problem()) {
+                  return refusal = Bad("\"statementDate\" is missing"), std::nullopt;
+                }
+                for (const auto& [key, list] : {std::pair{"resolve", &reconcile.resolve},
+                                                {"unresolve", &reconcile.unresolve}}) {
+                  if (body.contains(key)) *list = fields.Integers(key);
+                }
+                reconcile.finish = fields.Flag("finish").value_or(false);
+                if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
+                reconcile.statement.date = *date;
+                reconcile.statement.balance = *balance;
+                auto outcome = Reconcile(book, *account, reconcile);
+                if (!outcome) return refusal = RefusalOf(outcome.error()), std::nullopt;
+                return ReconcileOutcomeJson(*outcome);
               }));
 
   server.set_error_handler([](const Request& request, Response& response) {

@@ -272,6 +272,19 @@ TEST_F(WebServerTest, SummariesAndImports) {
   EXPECT_EQ(empty->status, 400);
 }
 
+TEST_F(WebServerTest, ReconcilingToAStatement) {
+  auto [listed, listing] = Post("/api/reconcile", R"({"account": "Checking",
+      "statementDate": "2026-07-15", "statementBalance": 26248.87})");
+  ASSERT_EQ(listed, 200) << listing.dump();
+  EXPECT_EQ(listing["difference"], 0.0);
+  EXPECT_FALSE(listing["unresolved"].empty());
+  EXPECT_EQ(Post("/api/reconcile", R"({"account": "Checking", "statementBalance": 1})").first, 400);
+  auto [finished, done] = Post("/api/reconcile", R"({"account": "Checking",
+      "statementDate": "2026-07-15", "statementBalance": 26248.87, "finish": true})");
+  ASSERT_EQ(finished, 200) << done.dump();
+  EXPECT_TRUE(done["finished"].is_object());
+}
+
 // Several clients adding and reading at once for a few seconds: every entry that was answered
 // as added is in the book afterwards, and nothing failed.
 TEST_F(WebServerTest, SeveralClientsAtOnceLoseNothing) {

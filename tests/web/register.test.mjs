@@ -1,6 +1,6 @@
 // Drives the pages of `folvant serve` in Debian's Chromium, as a person would: open the book,
 // add a check with the keyboard, make a transfer, see a change made elsewhere, show a summary
-// with its chart, import a bank's OFX file. A failing test leaves a screenshot in
+// with its chart, import a bank's OFX file, reconcile to a zero difference. A failing test leaves a screenshot in
 // $FOLVANT_SCREENSHOTS (default: the system's temporary folder).
 //
 //   FOLVANT_BINARY=build/dev/folvant node --test tests/web/
@@ -176,4 +176,23 @@ test('an OFX download is reviewed, then imported', () =>
     await page.waitForFunction((old) => document.querySelector('.account[data-name="Checking"] .amount')
       .textContent.trim() !== old, {}, before);
     assert.equal(await balanceOf('Checking'), '$25,153.20');
+  }));
+
+test('a statement is reconciled to a zero difference', () =>
+  step('reconcile', async () => {
+    await page.click('.views [data-view=reconcile-view]');
+    // The statement shows the resolved balance (the imported entries came resolved) and the
+    // check of 42.50 entered above.
+    await page.$eval('#reconcile-form [name=statementBalance]', (e) => { e.value = '26244.03'; });
+    await page.click('#reconcile-form button[type=submit]');
+    await page.waitForSelector('#reconcile-report tbody tr');
+    assert.equal(await text('#reconcile-difference'), '-$42.50');
+    const box = await page.evaluateHandle(() => [...document.querySelectorAll('#reconcile-report tbody tr')]
+      .find((tr) => tr.cells[5].textContent === '-$42.50').querySelector('input'));
+    await box.click();
+    await page.waitForFunction(() => document.querySelector('#reconcile-difference')?.textContent === '$0.00');
+    await page.waitForFunction(() => !document.querySelector('#reconcile-finish').disabled);
+    await page.click('#reconcile-finish');
+    await page.waitForFunction(
+      () => document.querySelector('#message').textContent.startsWith('Reconciled to'));
   }));

@@ -468,6 +468,70 @@ async function showSummary(event) {
   }
 }
 
+// Compares the account with a statement; `change` resolves, unresolves or finishes on the way.
+async function reconcile(event, change = {}) {
+  event?.preventDefault();
+  const form = $('#reconcile-form');
+  const body = {
+    account: state.account,
+    statementDate: form.elements.statementDate.value.trim(),
+    statementBalance: form.elements.statementBalance.value.trim(),
+    ...change,
+  };
+  try {
+    const data = await call('/api/reconcile', body);
+    const difference = document.createElement('dl');
+    difference.className = 'totals balances';
+    for (const [label, value] of [['Resolved balance', money(data.resolvedBalance, state.currency)],
+                                  ['Statement balance', money(data.statementBalance, state.currency)],
+                                  ['Difference', money(data.difference, state.currency)]]) {
+      const dt = document.createElement('dt');
+      dt.textContent = label;
+      const dd = document.createElement('dd');
+      dd.textContent = value;
+      if (label === 'Difference') dd.id = 'reconcile-difference';
+      difference.append(dt, dd);
+    }
+    const list = table([['Resolved'], ['Date'], ['Check'], ['To/From'], ['Description'],
+                        ['Amount', 'amount']],
+                       data.unresolved.map((e) => ['', e.date, e.checkNumber ?? '', e.toFrom,
+                                                   e.description, money(e.amount, state.currency)]));
+    list.querySelectorAll('tbody tr').forEach((tr, i) => {
+      const entry = data.unresolved[i];
+      const box = document.createElement('input');
+      box.type = 'checkbox';
+      box.setAttribute('aria-label', `Resolve entry ${entry.number}`);
+      box.addEventListener('change', () => reconcile(null, { resolve: [entry.number] }));
+      tr.cells[0].append(box);
+    });
+    const hints = document.createElement('ul');
+    for (const s of data.suggestions) {
+      const li = document.createElement('li');
+      li.textContent = {
+        oneEntry: `Entry ${s.entries[0]} is the difference and is not resolved.`,
+        twoEntries: `Entries ${s.entries.join(' and ')} add up to the difference.`,
+        signFlipped: `Entry ${s.entries[0]} may have been entered the other way round.`,
+        transposedDigits: 'The difference divides by 9: two digits may be swapped in an amount.',
+      }[s.kind];
+      hints.append(li);
+    }
+    const parts = [difference, list];
+    if (data.suggestions.length) parts.push(hints);
+    if (data.finished) {
+      const done = document.createElement('p');
+      done.textContent = `Reconciled to ${data.finished.statementDate}: ` +
+                         `${data.finished.resolved.length} entries recorded.`;
+      parts.unshift(done);
+      say(done.textContent);
+    }
+    $('#reconcile-report').replaceChildren(...parts);
+    $('#reconcile-finish').disabled = data.difference !== 0 || Boolean(data.finished);
+    if (change.resolve || change.finish) await Promise.all([refreshRegister(false), loadAccounts()]);
+  } catch (error) {
+    say(error.message, true);
+  }
+}
+
 const importState = { file: null };
 
 async function reviewImport(event, apply = false) {
@@ -554,6 +618,9 @@ async function start() {
     reviewImport(event);
   });
   $('#import-apply').addEventListener('click', () => reviewImport(null, true));
+  $('#reconcile-form').addEventListener('submit', reconcile);
+  $('#reconcile-finish').addEventListener('click', () => reconcile(null, { finish: true }));
+  $('#reconcile-form [name=statementDate]').value = state.today;
   $('#import-undo').addEventListener('click', async () => {
     try {
       const done = await call('/api/import/undo', { account: state.account });
