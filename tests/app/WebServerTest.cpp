@@ -285,6 +285,32 @@ TEST_F(WebServerTest, ReconcilingToAStatement) {
   EXPECT_TRUE(done["finished"].is_object());
 }
 
+TEST_F(WebServerTest, ScheduledEntries) {
+  auto [listed, schedules] = Get("/api/schedules?account=Checking");
+  ASSERT_EQ(listed, 200) << schedules.dump();
+  ASSERT_FALSE(schedules["due"].empty());
+  const Json due = schedules["due"][0];
+  auto [entered, entry] = Post("/api/schedules/enter",
+                               R"({"account": "Checking", "number": )" + due["schedule"].dump() +
+                                   R"(, "date": )" + due["date"].dump() + "}");
+  ASSERT_EQ(entered, 200) << entry.dump();
+  EXPECT_EQ(entry["date"], due["date"]);
+  EXPECT_EQ(Get("/api/schedules?account=Checking").second["due"].size(),
+            schedules["due"].size() - 1);
+
+  auto [added, schedule] = Post("/api/schedules/add", R"({"account": "Checking", "every": 2,
+      "unit": "weeks", "on": "friday", "start": "2026-07-01", "amount": -20, "toFrom": "Gym"})");
+  ASSERT_EQ(added, 200) << schedule.dump();
+  EXPECT_EQ(schedule["rule"], "every 2 weeks on Friday, forever");
+  EXPECT_EQ(schedule["next"], "2026-07-03");
+  EXPECT_EQ(Post("/api/schedules/add", R"({"account": "Checking", "unit": "fortnight",
+      "amount": -1})").first, 400);
+  EXPECT_EQ(Post("/api/schedules/remove", R"({"account": "Checking", "number": )" +
+                                              schedule["number"].dump() + "}")
+                .first,
+            200);
+}
+
 // Several clients adding and reading at once for a few seconds: every entry that was answered
 // as added is in the book afterwards, and nothing failed.
 TEST_F(WebServerTest, SeveralClientsAtOnceLoseNothing) {

@@ -1,6 +1,7 @@
 // Drives the pages of `folvant serve` in Debian's Chromium, as a person would: open the book,
 // add a check with the keyboard, make a transfer, see a change made elsewhere, show a summary
-// with its chart, import a bank's OFX file, reconcile to a zero difference. A failing test leaves a screenshot in
+// with its chart, import a bank's OFX file, reconcile to a zero difference, enter what a
+// schedule has due. A failing test leaves a screenshot in
 // $FOLVANT_SCREENSHOTS (default: the system's temporary folder).
 //
 //   FOLVANT_BINARY=build/dev/folvant node --test tests/web/
@@ -195,4 +196,19 @@ test('a statement is reconciled to a zero difference', () =>
     await page.click('#reconcile-finish');
     await page.waitForFunction(
       () => document.querySelector('#message').textContent.startsWith('Reconciled to'));
+  }));
+
+test('a scheduled entry that is due is entered with one click', () =>
+  step('schedule', async () => {
+    await page.click('.views [data-view=schedule-view]');
+    await page.waitForSelector('#schedule-due tbody tr');
+    const before = await page.$$eval('#schedule-due tbody tr', (rows) => rows.length);
+    const balance = await balanceOf('Checking');
+    await page.click('#schedule-due tbody tr:first-child button');
+    await page.waitForFunction(
+      () => document.querySelector('#message').textContent.startsWith('Entered entry'));
+    await page.waitForFunction((n) => document.querySelectorAll('#schedule-due tbody tr').length === n - 1,
+                               {}, before);
+    await page.waitForFunction((old) => document.querySelector('.account[data-name="Checking"] .amount')
+      .textContent.trim() !== old, {}, balance);
   }));

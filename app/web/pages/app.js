@@ -142,6 +142,7 @@ async function showAccount(name) {
   await refreshRegister(true);
   loadLists();
   if (!$('#summary-view').hidden) loadSummaries();
+  if (!$('#schedule-view').hidden) loadSchedules();
   $('#import-review').replaceChildren();
   $('#new-entry [name=date]').focus();
 }
@@ -396,6 +397,7 @@ function showView(id) {
     $(`#${tab.dataset.view}`).hidden = !selected;
   });
   if (id === 'summary-view') loadSummaries();
+  if (id === 'schedule-view') loadSchedules();
 }
 
 function table(headings, rows) {
@@ -532,6 +534,70 @@ async function reconcile(event, change = {}) {
   }
 }
 
+// ---- scheduled entries ----
+
+function withButton(element, rowIndex, label, action) {
+  const button = document.createElement('button');
+  button.type = 'button';
+  button.textContent = label;
+  button.addEventListener('click', action);
+  element.querySelectorAll('tbody tr')[rowIndex].lastElementChild.append(button);
+}
+
+async function loadSchedules() {
+  try {
+    const data = await call(`/api/schedules?${new URLSearchParams({ account: state.account })}`);
+    const due = table([['Date', 'date'], ['To/From'], ['Description'], ['Amount', 'amount'], ['']],
+      data.due.map((o) => [o.date, o.toFrom, o.description, money(o.amount, state.currency), '']));
+    data.due.forEach((o, i) => withButton(due, i, 'Enter', () =>
+      scheduleChange('/api/schedules/enter', { account: state.account, number: o.schedule, date: o.date },
+                     (done) => `Entered entry ${done.entry} of ${done.date}.`)));
+    const list = table([['When'], ['Next', 'date'], ['To/From'], ['Description'], ['Category'],
+                        ['Amount', 'amount'], ['']],
+      data.schedules.map((s) => [s.rule + (s.transferTo ? `, a transfer to ${s.transferTo}` : ''),
+                                 s.next ?? '–', s.toFrom, s.description, s.category,
+                                 money(s.amount, state.currency), '']));
+    data.schedules.forEach((s, i) => withButton(list, i, 'Remove', () => {
+      if (confirm(`Remove the schedule "${s.rule}"? Entries already entered stay.`)) {
+        scheduleChange('/api/schedules/remove', { account: state.account, number: s.number },
+                       () => 'Removed the schedule.');
+      }
+    }));
+    const nothing = (text) => Object.assign(document.createElement('p'), { textContent: text });
+    $('#schedule-due').replaceChildren(data.due.length ? due : nothing('Nothing is due.'));
+    $('#schedule-list').replaceChildren(data.schedules.length ? list : nothing('No schedules.'));
+  } catch (error) {
+    say(error.message, true);
+  }
+}
+
+async function scheduleChange(path, body, report) {
+  try {
+    const done = await call(path, body);
+    say(report(done));
+    await Promise.all([loadSchedules(), refreshRegister(false), loadAccounts()]);
+  } catch (error) {
+    say(error.message, true);
+  }
+}
+
+async function addSchedule(event) {
+  event.preventDefault();
+  const data = Object.fromEntries(new FormData(event.target));
+  const every = Number(data.every.trim() || '1');
+  if (!Number.isInteger(every) || every < 1) {
+    say('"Every" is a whole number above 0.', true);
+    return;
+  }
+  const body = { account: state.account, every, unit: data.unit, start: data.start.trim(),
+                 amount: data.amount.trim() };
+  for (const key of ['on', 'until', 'toFrom', 'description', 'category']) {
+    if (data[key].trim()) body[key] = data[key].trim();
+  }
+  await scheduleChange('/api/schedules/add', body, (done) =>
+    `Added "${done.rule}"; next on ${done.next ?? '–'}.`);
+}
+
 const importState = { file: null };
 
 async function reviewImport(event, apply = false) {
@@ -619,6 +685,8 @@ async function start() {
   });
   $('#import-apply').addEventListener('click', () => reviewImport(null, true));
   $('#reconcile-form').addEventListener('submit', reconcile);
+  $('#schedule-form').addEventListener('submit', addSchedule);
+  $('#schedule-form [name=start]').value = state.today;
   $('#reconcile-finish').addEventListener('click', () => reconcile(null, { finish: true }));
   $('#reconcile-form [name=statementDate]').value = state.today;
   $('#import-undo').addEventListener('click', async () => {
