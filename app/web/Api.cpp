@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <map>
 #include <charconv>
 #include <chrono>
 #include <cctype>
@@ -23,6 +25,7 @@
 #include "app/render/SummaryChart.h"
 #include "folvant/book/Book.h"
 #include "folvant/book/Entries.h"
+#include "folvant/book/Export.h"
 #include "folvant/book/Import.h"
 #include "folvant/book/Reconcile.h"
 #include "folvant/book/Schedules.h"
@@ -30,7 +33,10 @@
 #include "folvant/book/Summaries.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntry.h"
+#include "folvant/filters/FilterCodes.h"
 #include "folvant/model/ZELMAccountEntryCategory.h"
+#include "folvant/model/ZELMAccountFolder.h"
+#include "folvant/filters/ZELMFilter.h"
 #include "folvant/platform/CivilDate.h"
 #include "folvant/platform/Clock.h"
 #include "folvant/values/LVCurrency.h"
@@ -184,7 +190,27 @@ std::optional<std::size_t> Count(const httplib::Request& request, const char* ke
   return value;
 }
 
+std::optional<std::int32_t> WordCode(const std::vector<RegisterWord>& words,
+                                     std::string_view word) {
+  for (const RegisterWord& w : words) {
+    if (word == w.word) return w.code;
+  }
+  return std::nullopt;
+}
+
 // ---- shapes ----
+
+Json FilterJson(const RegisterFilterWords& f) {
+  return Json{{"active", f.active},
+              {"field", f.field},
+              {"search", JsonText(f.search)},
+              {"dates", f.dates},
+              {"from", f.from ? Json(platform::FormatIsoDate(*f.from)) : Json(nullptr)},
+              {"to", f.to ? Json(platform::FormatIsoDate(*f.to)) : Json(nullptr)},
+              {"resolved", f.resolved},
+              {"taxDeductible", f.taxDeductible},
+              {"line", JsonText(f.line)}};
+}
 
 Json RowJson(const RegisterRow& row) {
   return Json{{"number", row.entry != nullptr ? Json(row.entry->GetNumber()) : Json(nullptr)},
@@ -367,6 +393,14 @@ void Api::Register(httplib::Server& server) {
                if (!offset || !limit) return std::nullopt;
                RegisterQuery query;
                query.account = request.get_param_value("account");
+               if (request.has_param("sort")) {
+                 const auto sort = WordCode(RegisterSortWords(), request.get_param_value("sort"));
+                 if (!sort) return refusal = Bad("\"sort\" is not an order"), std::nullopt;
+                 query.sort = static_cast<RegisterSort>(*sort);
+               }
+               query.descending = request.get_param_value("descending") == "1";
+               query.folder = request.get_param_value("folder");
+               query.smartFolder = request.get_param_value("smartFolder");
                auto view = ShowRegister(book, query);
                if (!view) return refusal = RefusalOf(view.error()), std::nullopt;
                Json rows = Json::array();
@@ -376,8 +410,18 @@ void Api::Register(httplib::Server& server) {
                }
                const std::size_t last = std::min(view->size(), first + std::min<std::size_t>(*limit, 1000));
                for (std::size_t i = first; i < last; ++i) rows.push_back(RowJson(view->row(i)));
+               Json folders = Json::array(), smartFolders = Json::array();
+               for (const auto& folder : view->account->folders()) {
+                 folders.push_back(JsonText(folder->name()));
+               }
+               for (const auto& folder : view->account->smartFolders()) {
+                 smartFolders.push_back(JsonText(folder->name()));
+               }
                return Json{{"account", JsonText(view->account->GetName())},
                            {"currency", JsonText(view->currency)},
+                           {"filter", FilterJson(view->filter)},
+                           {"folders", std::move(folders)},
+                           {"smartFolders", std::move(smartFolders)},
                            {"total", view->size()},
                            {"offset", first},
                            {"rows", std::move(rows)},
@@ -386,6 +430,104 @@ void Api::Register(httplib::Server& server) {
                                  {"today", JsonAmount(view->todaysBalance)},
                                  {"resolved", JsonAmount(view->resolvedBalance)}}}};
              }));
+
+  // The register's filter, kept in the account as the command line keeps it: {account, reset,
+  // search, field, dates (a range's words, or FROM..TO), resolved and taxDeductible ("all",
+  // "only", "not")}.
+  server.Post("/api/register/filter",
+              change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
+                Fields fields(body);
+                RegisterQuery query;
+                query.account = fields.Text("account", true).value_or("");
+                query.filter.reset = fields.Flag("reset").value_or(false);
+                query.filter.search = fields.Text("search");
+                if (const auto field = fields.Text("field")) {
+                  query.filter.field = WordCode(RegisterSearchFields(), *field);
+                  if (!query.filter.field) return refusal = Bad("\"field\" is not a field"), std::nullopt;
+                }
+                if (const auto dates = fields.Text("dates")) {
+                  const std::size_t dots = dates->find("..");
+                  std::int32_t from = 0, to = 0;
+                  if (dots != std::string::npos && platform::ParseIsoDate(dates->substr(0, dots), from) &&
+                      platform::ParseIsoDate(dates->substr(dots + 2), to) && from <= to) {
+                    query.filter.dates = kShowCustomDates;
+                    query.filter.from = from;
+                    query.filter.to = to;
+                  } else if (!(query.filter.dates = WordCode(RegisterDateRanges(), *dates))) {
+                    return refusal = Bad("\"dates\" is not a date range"), std::nullopt;
+                  }
+                }
+                const std::pair<const char*, std::array<std::int32_t, 3>> flags[] = {
+                    {"resolved", {kShowResolvedAndUnresolved, kShowResolvedOnly, kShowUnresolvedOnly}},
+                    {"taxDeductible",
+                     {kShowTaxDeductibleAndNot, kShowTaxDeductibleOnly, kShowNotTaxDeductibleOnly}}};
+                for (const auto& [key, codes] : flags) {
+                  const std::optional<std::string> word = fields.Text(key);
+                  if (!word) continue;
+                  std::optional<std::int32_t>& target =
+                      std::string_view(key) == "resolved" ? query.filter.resolved
+                                                          : query.filter.taxDeductible;
+                  if (*word == "all") target = codes[0];
+                  else if (*word == "only") target = codes[1];
+                  else if (*word == "not") target = codes[2];
+                  else return refusal = Bad(std::string("\"") + key + "\" is all, only or not"), std::nullopt;
+                }
+                if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
+                auto view = ShowRegister(book, query);
+                if (!view) return refusal = RefusalOf(view.error()), std::nullopt;
+                return Json{{"account", JsonText(view->account->GetName())},
+                            {"filter", FilterJson(view->filter)},
+                            {"total", view->size()}};
+              }));
+
+  // The account written as a file to download: ?account=NAME&format=qif|csv|tsv.
+  server.Get("/api/export",
+             [this](const Request& request, Response& response) {
+               ExportRequest exportRequest;
+               exportRequest.account = request.get_param_value("account");
+               const std::string format = request.get_param_value("format");
+               const std::map<std::string, std::pair<ExportFormat, const char*>> formats = {
+                   {"qif", {ExportFormat::kQIF, "application/qif"}},
+                   {"csv", {ExportFormat::kCSV, "text/csv; charset=utf-8"}},
+                   {"tsv", {ExportFormat::kTSV, "text/tab-separated-values; charset=utf-8"}}};
+               const auto it = formats.find(format);
+               if (it == formats.end()) return Send(response, Bad("\"format\" is qif, csv or tsv"));
+               exportRequest.format = it->second.first;
+               auto reading = ReadBook();
+               if (!reading) return Send(response, RefusalOf(reading.error()));
+               auto exported = ExportAccount(*reading->book, exportRequest);
+               if (!exported) return Send(response, RefusalOf(exported.error()));
+               std::string file;
+               for (char c : exported->account->GetName()) {
+                 file.push_back(std::isalnum(static_cast<unsigned char>(c)) ? c : '-');
+               }
+               response.set_header("Content-Disposition",
+                                   "attachment; filename=\"" + file + "." + format + "\"");
+               response.set_header("Cache-Control", "no-store");
+               response.set_content(exported->bytes, it->second.second);
+             });
+
+  // A new account: {name, currency, startingBalance}.
+  server.Post("/api/accounts",
+              change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
+                Fields fields(body);
+                const std::optional<std::string> name = fields.Text("name", true);
+                const std::optional<std::string> currency = fields.Text("currency");
+                const double starting = fields.Amount("startingBalance").value_or(0.0);
+                if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
+                std::shared_ptr<LVCurrency> chosen;
+                if (currency && !currency->empty()) {
+                  auto found = book.RegisterCurrency(*currency);
+                  if (!found) return refusal = RefusalOf(found.error()), std::nullopt;
+                  chosen = *found;
+                }
+                auto added = book.AddAccount(*name, chosen, starting);
+                if (!added) return refusal = RefusalOf(added.error()), std::nullopt;
+                return Json{{"number", (*added)->GetNumber()},
+                            {"name", JsonText((*added)->GetName())},
+                            {"currency", JsonText((*added)->currency()->code())},
+                            {"balance", JsonAmount((*added)->GetBalance())}};
+              }));
 
   server.Get("/api/suggest",
              read([](Book& book, const Request& request, Refusal& refusal) -> std::optional<Json> {

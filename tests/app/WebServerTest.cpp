@@ -311,6 +311,38 @@ TEST_F(WebServerTest, ScheduledEntries) {
             200);
 }
 
+TEST_F(WebServerTest, FilterSortExportAndNewAccounts) {
+  auto [filtered, filter] = Post("/api/register/filter",
+                                 R"({"account": "Checking", "search": "Safeway", "dates": "all"})");
+  ASSERT_EQ(filtered, 200) << filter.dump();
+  EXPECT_EQ(filter["filter"]["search"], "Safeway");
+  const std::size_t shown = filter["total"];
+  EXPECT_GT(shown, 0u);
+  auto [status, page] = Get("/api/register?account=Checking&sort=amount&limit=1000");
+  ASSERT_EQ(status, 200);
+  EXPECT_EQ(page["rows"].size(), shown);  // the stored filter applies to every later view
+  for (const Json& row : page["rows"]) EXPECT_EQ(row["toFrom"], "Safeway");
+  EXPECT_LE(page["rows"].front()["amount"].get<double>(), page["rows"].back()["amount"].get<double>());
+  EXPECT_EQ(Get("/api/register?account=Checking&sort=size").first, 400);
+  EXPECT_EQ(Post("/api/register/filter", R"({"account": "Checking", "dates": "soon"})").first, 400);
+  EXPECT_EQ(Post("/api/register/filter", R"({"account": "Checking", "reset": true})").first, 200);
+
+  httplib::Client client = Client();
+  auto csv = client.Get("/api/export?account=Euro%20Travel&format=csv", Signed());
+  ASSERT_TRUE(csv);
+  EXPECT_EQ(csv->status, 200);
+  EXPECT_EQ(csv->get_header_value("Content-Disposition"), "attachment; filename=\"Euro-Travel.csv\"");
+  EXPECT_TRUE(csv->body.starts_with("Date,Type,Description"));
+  EXPECT_EQ(Get("/api/export?account=Checking&format=pdf").first, 400);
+
+  auto [added, account] =
+      Post("/api/accounts", R"({"name": "Cash", "currency": "CAD", "startingBalance": "40"})");
+  ASSERT_EQ(added, 200) << account.dump();
+  EXPECT_EQ(account["currency"], "CAD");
+  EXPECT_DOUBLE_EQ(Balance("Cash"), 40.0);
+  EXPECT_EQ(Post("/api/accounts", R"({"name": "Cash"})").first, 409);
+}
+
 // Several clients adding and reading at once for a few seconds: every entry that was answered
 // as added is in the book afterwards, and nothing failed.
 TEST_F(WebServerTest, SeveralClientsAtOnceLoseNothing) {

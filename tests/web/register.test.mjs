@@ -1,7 +1,7 @@
 // Drives the pages of `folvant serve` in Debian's Chromium, as a person would: open the book,
 // add a check with the keyboard, make a transfer, see a change made elsewhere, show a summary
 // with its chart, import a bank's OFX file, reconcile to a zero difference, enter what a
-// schedule has due. A failing test leaves a screenshot in
+// schedule has due, change an entry in place, search the register. A failing test leaves a screenshot in
 // $FOLVANT_SCREENSHOTS (default: the system's temporary folder).
 //
 //   FOLVANT_BINARY=build/dev/folvant node --test tests/web/
@@ -118,7 +118,7 @@ test('a check entered with the keyboard changes the balance', () =>
 
 test('a transfer changes both accounts', () =>
   step('transfer', async () => {
-    await page.click('.transfer summary');
+    await page.click('#transfer summary');
     await page.select('#transfer-form [name=from]', 'Checking');
     await page.select('#transfer-form [name=to]', 'Savings');
     await page.type('#transfer-form [name=amount]', '100');
@@ -211,4 +211,24 @@ test('a scheduled entry that is due is entered with one click', () =>
                                {}, before);
     await page.waitForFunction((old) => document.querySelector('.account[data-name="Checking"] .amount')
       .textContent.trim() !== old, {}, balance);
+  }));
+
+test('an entry is changed in place and the register searched', () =>
+  step('edit', async () => {
+    await page.click('.views [data-view=register-view]');
+    await page.waitForSelector('.rows .row:not(.loading)');
+    const row = await page.evaluateHandle(() => [...document.querySelectorAll('.rows .row')]
+      .find((r) => r.querySelector('.tofrom')?.textContent === 'Corner Books'));
+    await row.click({ count: 2 });
+    assert.equal(await page.$eval('#new-entry [name=amount]', (e) => e.value), '-42.50');
+    await page.$eval('#new-entry [name=amount]', (e) => { e.value = ''; });
+    await page.type('#new-entry [name=amount]', '-40');
+    await page.keyboard.press('Enter');
+    await page.waitForFunction(
+      () => document.querySelector('#message').textContent.startsWith('Changed entry'));
+    await page.type('#register-tools [name=search]', 'Corner Books');
+    await page.waitForFunction(() => {
+      const rows = [...document.querySelectorAll('.rows .row:not(.loading)')];
+      return rows.length === 1 && rows[0].querySelector('.amount').textContent === '-$40.00';
+    });
   }));

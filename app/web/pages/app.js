@@ -12,6 +12,7 @@ const state = {
   pages: new Map(),   // page number -> rows
   pending: new Set(), // pages being fetched
   generation: 0,      // counts fetches of the whole register, so late pages are dropped
+  editing: null,      // the number of the entry being changed in the entry row
   version: null,
   currency: '',
 };
@@ -127,6 +128,7 @@ async function loadAccounts() {
 // ---- the register ----
 
 async function showAccount(name) {
+  if (state.editing !== null) stopEditing();
   state.account = name;
   state.generation++;
   state.pages = new Map();
@@ -165,11 +167,49 @@ async function fetchPage(page) {
 }
 
 function registerQuery(account, page, limit = PAGE) {
-  return new URLSearchParams({ account, offset: page * PAGE, limit });
+  const query = new URLSearchParams({ account, offset: page * PAGE, limit });
+  const tools = $('#register-tools').elements;
+  query.set('sort', tools.sort.value);
+  if (tools.descending.checked) query.set('descending', '1');
+  const folder = tools.folder.value;
+  if (folder.startsWith('folder:')) query.set('folder', folder.slice(7));
+  if (folder.startsWith('smart:')) query.set('smartFolder', folder.slice(6));
+  return query;
+}
+
+// The tools above the register show what the account's stored filter is.
+function showFilter(data) {
+  const tools = $('#register-tools').elements;
+  if (document.activeElement !== tools.search) tools.search.value = data.filter.search;
+  tools.dates.value = [...tools.dates.options].some((o) => o.value === data.filter.dates)
+    ? data.filter.dates : 'all';
+  tools.resolved.value = { resolved: 'only', unresolved: 'not' }[data.filter.resolved] || 'all';
+  tools.taxDeductible.value =
+    { 'tax-deductible': 'only', 'not-tax-deductible': 'not' }[data.filter.taxDeductible] || 'all';
+  const chosen = tools.folder.value;
+  tools.folder.replaceChildren(new Option('the register', ''),
+    ...data.folders.map((f) => new Option(`folder: ${f}`, `folder:${f}`)),
+    ...data.smartFolders.map((f) => new Option(`smart folder: ${f}`, `smart:${f}`)));
+  tools.folder.value = [...tools.folder.options].some((o) => o.value === chosen) ? chosen : '';
+  for (const link of document.querySelectorAll('.downloads a')) {
+    link.href = `/api/export?${new URLSearchParams({ account: state.account, format: link.dataset.format })}`;
+    link.download = `${state.account}.${link.dataset.format}`;
+  }
+}
+
+async function changeFilter(change) {
+  try {
+    await call('/api/register/filter', { account: state.account, ...change });
+    say('');
+    await refreshRegister(true);
+  } catch (error) {
+    say(error.message, true);
+  }
 }
 
 function applyTotals(data) {
   state.currency = data.currency;
+  if (data.filter) showFilter(data);
   if (data.total !== state.total) {
     state.total = data.total;
     $('#rows-space').style.height = `${state.total * ROW_HEIGHT}px`;
@@ -267,6 +307,8 @@ function rowElement(row, index) {
     return element;
   }
   if (row.void) element.classList.add('void');
+  if (row.number === state.editing) element.classList.add('editing');
+  element.addEventListener('dblclick', () => startEditing(row));
   const resolved = document.createElement('button');
   resolved.type = 'button';
   resolved.className = 'resolved';
@@ -340,10 +382,42 @@ async function loadLists() {
   }
 }
 
+// Double-clicking a row puts it into the entry row below to change; Escape leaves it as it was.
+function startEditing(row) {
+  if (row.number === null) return;
+  const form = $('#new-entry');
+  state.editing = row.number;
+  form.elements.date.value = row.date;
+  form.elements.checkNumber.value = row.checkNumber ?? '';
+  form.elements.toFrom.value = row.toFrom;
+  form.elements.description.value = row.description;
+  form.elements.category.value = row.category === '(split)' ? '' : row.category;
+  form.elements.category.disabled = row.category === '(split)';
+  form.elements.amount.value = row.amount.toFixed(2);
+  form.querySelector('button[type=submit]').textContent = 'Save';
+  form.setAttribute('aria-label', `Change entry ${row.number}`);
+  drawRows();
+  form.elements.toFrom.focus();
+}
+
+function stopEditing() {
+  const form = $('#new-entry');
+  state.editing = null;
+  for (const key of ['checkNumber', 'toFrom', 'description', 'category', 'amount']) {
+    form.elements[key].value = '';
+  }
+  form.elements.category.disabled = false;
+  form.elements.date.value = state.today;
+  form.querySelector('button[type=submit]').textContent = 'Add';
+  form.setAttribute('aria-label', 'New entry');
+  drawRows();
+}
+
 async function addEntry(event) {
   event.preventDefault();
   const form = event.target;
   const data = Object.fromEntries(new FormData(form));
+  if (state.editing !== null) return saveEdit(form, data);
   const body = { account: state.account, date: data.date, amount: data.amount.trim() };
   for (const key of ['toFrom', 'description', 'category']) {
     if (data[key].trim()) body[key] = data[key].trim();
@@ -366,6 +440,39 @@ async function addEntry(event) {
     }
     form.elements.checkNumber.focus();  // ready for the next entry at once
     await Promise.all([refreshRegister(true), loadAccounts()]);
+  } catch (error) {
+    say(error.message, true);
+  }
+}
+
+async function saveEdit(form, data) {
+  const body = { account: state.account, number: state.editing, date: data.date,
+                 amount: data.amount.trim(), toFrom: data.toFrom.trim(),
+                 description: data.description.trim() };
+  if (!form.elements.category.disabled) body.category = data.category.trim();
+  if (data.checkNumber.trim()) body.checkNumber = Number(data.checkNumber.trim());
+  try {
+    const changed = await call('/api/entries/edit', body);
+    say(`Changed entry ${changed.entry.number}; balance ${money(changed.balance, state.currency)}`);
+    stopEditing();
+    await Promise.all([refreshRegister(false), loadAccounts()]);
+  } catch (error) {
+    say(error.message, true);
+  }
+}
+
+async function addAccount(event) {
+  event.preventDefault();
+  const data = Object.fromEntries(new FormData(event.target));
+  const body = { name: data.name.trim() };
+  if (data.currency.trim()) body.currency = data.currency.trim();
+  if (data.startingBalance.trim()) body.startingBalance = data.startingBalance.trim();
+  try {
+    const added = await call('/api/accounts', body);
+    event.target.reset();
+    await loadAccounts();
+    await showAccount(added.name);
+    say(`Added the account "${added.name}".`);
   } catch (error) {
     say(error.message, true);
   }
@@ -396,6 +503,7 @@ function showView(id) {
     tab.setAttribute('aria-selected', String(selected));
     $(`#${tab.dataset.view}`).hidden = !selected;
   });
+  $('#register-tools').hidden = id !== 'register-view';
   if (id === 'summary-view') loadSummaries();
   if (id === 'schedule-view') loadSchedules();
 }
@@ -662,6 +770,23 @@ async function poll() {
 async function start() {
   $('#new-entry').addEventListener('submit', addEntry);
   $('#transfer-form').addEventListener('submit', transfer);
+  $('#account-form').addEventListener('submit', addAccount);
+  $('#new-entry').addEventListener('keydown', (event) => {
+    if (event.key === 'Escape' && state.editing !== null) stopEditing();
+  });
+  const tools = $('#register-tools');
+  tools.addEventListener('submit', (event) => event.preventDefault());
+  let searching = null;
+  tools.elements.search.addEventListener('input', () => {
+    clearTimeout(searching);
+    searching = setTimeout(() => changeFilter({ search: tools.elements.search.value }), 300);
+  });
+  for (const name of ['dates', 'resolved', 'taxDeductible']) {
+    tools.elements[name].addEventListener('change', () => changeFilter({ [name]: tools.elements[name].value }));
+  }
+  for (const name of ['folder', 'sort', 'descending']) {
+    tools.elements[name].addEventListener('change', () => refreshRegister(!tools.elements.descending.checked));
+  }
   const status = await call('/api/status').catch(() => ({}));
   state.today = status.today || new Date().toISOString().slice(0, 10);
   const date = $('#new-entry [name=date]');
