@@ -39,6 +39,7 @@
 #include "folvant/filters/ZELMFilter.h"
 #include "folvant/platform/CivilDate.h"
 #include "folvant/platform/Clock.h"
+#include "folvant/platform/Text.h"
 #include "folvant/values/LVCurrency.h"
 #include "folvant/values/ZELMUtilities.h"
 
@@ -264,7 +265,37 @@ std::string ErrorJson(std::string_view message) {
 Api::Api(std::filesystem::path book) : book_(std::move(book)) {}
 Api::~Api() = default;
 
-BookResult<Api::Reading> Api::ReadBook() {
+std::map<std::string, std::string> Api::Passwords(const std::string& session) {
+  std::lock_guard lock(passwordsMutex_);
+  const auto it = passwords_.find(session);
+  return it == passwords_.end() ? std::map<std::string, std::string>{} : it->second;
+}
+
+namespace {
+
+// Gives each locked account the password the session gave for it.
+void AskWith(Book& book, std::map<std::string, std::string> passwords) {
+  book.setPasswordAsker([passwords = std::move(passwords)](std::string_view account)
+                            -> std::optional<std::string> {
+    for (const auto& [name, password] : passwords) {
+      if (platform::CaseInsensitiveEqual(name, account)) return password;
+    }
+    return std::nullopt;
+  });
+}
+
+}  // namespace
+
+BookResult<std::unique_ptr<Book>> Api::OpenForChange(const std::string& session) {
+  Forget();  // before the book's lock is taken: a reading may be waiting for its turn
+  Book::OpenOptions options;
+  options.access = Book::Access::kWrite;
+  auto book = Book::Open(book_, options);
+  if (book) AskWith(**book, Passwords(session));
+  return book;
+}
+
+BookResult<Api::Reading> Api::ReadBook(const std::string& session) {
   Reading reading{std::unique_lock(reading_), {}, nullptr};
   std::string error;
   std::optional<platform::FileLock> lock = platform::FileLock::Acquire(
@@ -276,6 +307,16 @@ BookResult<Api::Reading> Api::ReadBook() {
                                                   : error)};
   }
   reading.lock = std::move(*lock);
+  if (std::map<std::string, std::string> passwords = Passwords(session); !passwords.empty()) {
+    ownBook_.reset();
+    auto opened = Book::Open(book_, {});
+    if (!opened) return Unexpected{opened.error()};
+    ownBook_ = std::move(*opened);
+    ownBook_->ReleaseLock();  // this reading holds the lock
+    AskWith(*ownBook_, std::move(passwords));
+    reading.book = ownBook_.get();
+    return reading;
+  }
   const std::string version = Version();
   if (!cached_ || version != cachedVersion_) {
     cached_.reset();
@@ -292,6 +333,7 @@ BookResult<Api::Reading> Api::ReadBook() {
 void Api::Forget() {
   std::lock_guard lock(reading_);
   cached_.reset();
+  ownBook_.reset();
 }
 
 std::string Api::Version() const {
@@ -323,7 +365,7 @@ void Api::Register(httplib::Server& server) {
   // Reading: the book opened for reading, the answer made from it.
   auto read = [this](std::function<std::optional<Json>(Book&, const Request&, Refusal&)> answer) {
     return [this, answer](const Request& request, Response& response) {
-      auto reading = ReadBook();
+      auto reading = ReadBook(request.get_header_value(kSessionHeader));
       if (!reading) return Send(response, RefusalOf(reading.error()));
       Refusal refusal;
       std::optional<Json> document = answer(*reading->book, request, refusal);
@@ -337,10 +379,7 @@ void Api::Register(httplib::Server& server) {
       const std::optional<Json> body = BodyOf(request, refusal);
       if (!body) return Send(response, refusal);
       std::lock_guard lock(changes_);
-      Forget();  // before the book's lock is taken: a reading may be waiting for its turn
-      Book::OpenOptions options;
-      options.access = Book::Access::kWrite;
-      auto book = Book::Open(book_, options);
+      auto book = OpenForChange(request.get_header_value(kSessionHeader));
       if (!book) return Send(response, RefusalOf(book.error()));
       std::optional<Json> document = answer(**book, *body, refusal);
       if (!document) return Send(response, refusal);
@@ -351,6 +390,33 @@ void Api::Register(httplib::Server& server) {
       Send(response, *document);
     };
   };
+
+  // A locked account's password, kept for this session only (never written anywhere):
+  // {account, password}. The account shows nothing until it is given.
+  server.Post("/api/unlock", [this](const Request& request, Response& response) {
+    Refusal refusal;
+    const std::optional<Json> body = BodyOf(request, refusal);
+    if (!body) return Send(response, refusal);
+    Fields fields(*body);
+    const std::optional<std::string> account = fields.Text("account", true);
+    const std::optional<std::string> password = fields.Text("password", true);
+    if (fields.problem()) return Send(response, *fields.problem());
+    Book::OpenOptions options;
+    options.password = *password;
+    auto book = Book::Open(book_, options);
+    if (!book) return Send(response, RefusalOf(book.error()));
+    auto found = (*book)->FindAccount(*account);
+    if (!found) {
+      return Send(response, found.error().kind == Kind::kLocked
+                                ? Refusal{403, "that is not the password of \"" + *account + "\""}
+                                : RefusalOf(found.error()));
+    }
+    {
+      std::lock_guard lock(passwordsMutex_);
+      passwords_[request.get_header_value(kSessionHeader)][(*found)->GetName()] = *password;
+    }
+    Send(response, Json{{"account", JsonText((*found)->GetName())}, {"unlocked", true}});
+  });
 
   server.Get("/api/status", [this](const Request&, Response& response) {
     Send(response, Json{{"book", JsonText(book_.string())},
@@ -370,10 +436,14 @@ void Api::Register(httplib::Server& server) {
                    {"entries", line.entries},
                    {"locked", line.locked},
                    {"problem", line.problem.empty() ? Json(nullptr) : JsonText(line.problem)}};
-      if (line.balance) {
+      // A locked account opens only with the password its session gave.
+      if (line.balance || line.locked) {
         if (auto loaded = book.FindAccount(line.name)) {
+          account["balance"] = JsonAmount((*loaded)->GetBalance());
           account["todaysBalance"] = JsonAmount((*loaded)->GetTodaysBalance());
           account["resolvedBalance"] = JsonAmount((*loaded)->GetResolvedBalance());
+          account["locked"] = false;
+          account["problem"] = nullptr;
         }
       }
       accounts.push_back(std::move(account));
@@ -493,7 +563,7 @@ void Api::Register(httplib::Server& server) {
                const auto it = formats.find(format);
                if (it == formats.end()) return Send(response, Bad("\"format\" is qif, csv or tsv"));
                exportRequest.format = it->second.first;
-               auto reading = ReadBook();
+               auto reading = ReadBook(request.get_header_value(kSessionHeader));
                if (!reading) return Send(response, RefusalOf(reading.error()));
                auto exported = ExportAccount(*reading->book, exportRequest);
                if (!exported) return Send(response, RefusalOf(exported.error()));
@@ -733,17 +803,14 @@ void Api::Register(httplib::Server& server) {
     import.file = folder / safe;
     import.includePossible = request.get_param_value("includePossible") == "1";
     if (request.get_param_value("apply") != "1") {
-      auto reading = ReadBook();
+      auto reading = ReadBook(request.get_header_value(kSessionHeader));
       if (!reading) return Send(response, RefusalOf(reading.error()));
       auto review = ReviewImport(*reading->book, import);
       if (!review) return Send(response, RefusalOf(review.error()));
       return Send(response, ImportReviewJson(*review));
     }
     std::lock_guard lock(changes_);
-    Forget();
-    Book::OpenOptions options;
-    options.access = Book::Access::kWrite;
-    auto book = Book::Open(book_, options);
+    auto book = OpenForChange(request.get_header_value(kSessionHeader));
     if (!book) return Send(response, RefusalOf(book.error()));
     auto applied = ApplyImport(**book, import);
     if (!applied) return Send(response, RefusalOf(applied.error()));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -18,6 +19,9 @@ class Book;
 }  // namespace folvant
 
 namespace folvant::app::web {
+
+// The header by which the server tells the API which session a request belongs to.
+inline constexpr const char* kSessionHeader = "X-Folvant-Session";
 
 // {"error": message}
 std::string ErrorJson(std::string_view message);
@@ -44,14 +48,22 @@ class Api {
     platform::FileLock lock;  // the book's, shared, for this call
     Book* book = nullptr;
   };
-  BookResult<Reading> ReadBook();
+  // The book for a request of `session`: the kept one, or, for a session that unlocked
+  // accounts, one opened with their passwords for this request alone.
+  BookResult<Reading> ReadBook(const std::string& session = {});
+  BookResult<std::unique_ptr<Book>> OpenForChange(const std::string& session);
+  // The passwords a session gave, by account name.
+  std::map<std::string, std::string> Passwords(const std::string& session);
   void Forget();
 
   std::filesystem::path book_;
   std::mutex changes_;
   std::mutex reading_;
   std::unique_ptr<Book> cached_;
+  std::unique_ptr<Book> ownBook_;  // a reading's book opened with a session's passwords
   std::string cachedVersion_;
+  std::mutex passwordsMutex_;
+  std::map<std::string, std::map<std::string, std::string>> passwords_;
 };
 
 }  // namespace folvant::app::web

@@ -149,7 +149,14 @@ class WebServer::Impl {
       SendError(response, 403, "requests from other sites are refused");
       return false;
     }
-    if (HasSession(request)) return true;
+    // The session reaches the API as a header of the server's own; one sent by the client
+    // is dropped first.
+    auto& headers = const_cast<httplib::Request&>(request).headers;
+    headers.erase(kSessionHeader);
+    if (HasSession(request)) {
+      headers.emplace(kSessionHeader, CookieValue(request, kCookie));
+      return true;
+    }
     if (request.method == "GET" && request.path == "/" && request.has_param("token") &&
         SameSecret(request.get_param_value("token"), token_)) {
       const std::string session = RandomToken();

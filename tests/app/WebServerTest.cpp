@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "app/web/WebServer.h"
+#include "folvant/book/Accounts.h"
 #include "folvant/book/Book.h"
 #include "folvant/model/ZELMAccount.h"
 #include "tests/support/TestSupport.h"
@@ -341,6 +342,44 @@ TEST_F(WebServerTest, FilterSortExportAndNewAccounts) {
   EXPECT_EQ(account["currency"], "CAD");
   EXPECT_DOUBLE_EQ(Balance("Cash"), 40.0);
   EXPECT_EQ(Post("/api/accounts", R"({"name": "Cash"})").first, 409);
+}
+
+// A locked account shows nothing until its password is given, and only to the session that
+// gave it.
+TEST_F(WebServerTest, ALockedAccountOpensForTheSessionThatGaveItsPassword) {
+  {
+    Book::OpenOptions options;
+    options.access = Book::Access::kWrite;
+    auto book = Book::Open(base_ / "book", options);
+    ASSERT_TRUE(book) << book.error().message;
+    ASSERT_TRUE(LockAccount(**book, "Savings", "secret"));
+    ASSERT_FALSE((*book)->Save());
+  }
+  auto accounts = Get("/api/accounts").second["accounts"];
+  EXPECT_TRUE(accounts[1]["locked"].get<bool>());
+  EXPECT_TRUE(accounts[1]["balance"].is_null());
+  EXPECT_EQ(Get("/api/register?account=Savings").first, 403);
+  EXPECT_EQ(Post("/api/unlock", R"({"account": "Savings", "password": "guess"})").first, 403);
+  EXPECT_EQ(Get("/api/register?account=Savings").first, 403);
+
+  auto [unlocked, answer] = Post("/api/unlock", R"({"account": "Savings", "password": "secret"})");
+  ASSERT_EQ(unlocked, 200) << answer.dump();
+  auto [shown, page] = Get("/api/register?account=Savings&limit=5");
+  EXPECT_EQ(shown, 200) << page.dump();
+  EXPECT_EQ(Post("/api/entries", R"({"account": "Savings", "amount": 5})").first, 200);
+  EXPECT_FALSE(Get("/api/accounts").second["accounts"][1]["balance"].is_null());
+
+  // Another session has not given it.
+  const std::string other = Session();
+  httplib::Client client = Client();
+  auto response = client.Get("/api/register?account=Savings", {{"Cookie", other}});
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->status, 403);
+  // Nor can a client claim a session by the server's own header.
+  response = client.Get("/api/register?account=Savings",
+                        {{"Cookie", other}, {"X-Folvant-Session", cookie_.substr(cookie_.find('=') + 1)}});
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->status, 403);
 }
 
 // Several clients adding and reading at once for a few seconds: every entry that was answered

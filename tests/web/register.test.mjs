@@ -1,7 +1,7 @@
 // Drives the pages of `folvant serve` in Debian's Chromium, as a person would: open the book,
 // add a check with the keyboard, make a transfer, see a change made elsewhere, show a summary
 // with its chart, import a bank's OFX file, reconcile to a zero difference, enter what a
-// schedule has due, change an entry in place, search the register. A failing test leaves a screenshot in
+// schedule has due, change an entry in place, search the register, open a locked account. A failing test leaves a screenshot in
 // $FOLVANT_SCREENSHOTS (default: the system's temporary folder).
 //
 //   FOLVANT_BINARY=build/dev/folvant node --test tests/web/
@@ -217,7 +217,7 @@ test('an entry is changed in place and the register searched', () =>
   step('edit', async () => {
     await page.click('.views [data-view=register-view]');
     await page.waitForSelector('.rows .row:not(.loading)');
-    const row = await page.evaluateHandle(() => [...document.querySelectorAll('.rows .row')]
+    const row = await page.waitForFunction(() => [...document.querySelectorAll('.rows .row')]
       .find((r) => r.querySelector('.tofrom')?.textContent === 'Corner Books'));
     await row.click({ count: 2 });
     assert.equal(await page.$eval('#new-entry [name=amount]', (e) => e.value), '-42.50');
@@ -231,4 +231,24 @@ test('an entry is changed in place and the register searched', () =>
       const rows = [...document.querySelectorAll('.rows .row:not(.loading)')];
       return rows.length === 1 && rows[0].querySelector('.amount').textContent === '-$40.00';
     });
+  }));
+
+test('a locked account opens with its password, for this session', () =>
+  step('unlock', async () => {
+    const locked = spawn(binary, ['--book', path.join(scratch, 'book'), '--password-stdin',
+                                  'account', 'lock', 'Visa Card'], { stdio: ['pipe', 'ignore', 'inherit'] });
+    locked.stdin.end('secret\n');
+    await new Promise((resolve) => locked.on('exit', resolve));
+    await page.waitForFunction(() => document.querySelector('.account[data-name="Visa Card"] .amount')
+      .textContent.trim() === 'locked', { timeout: 30000 });
+    await page.click('.account[data-name="Visa Card"]');
+    await page.waitForSelector('#unlock-dialog[open]');
+    await page.type('#unlock-form [name=password]', 'wrong');
+    await page.keyboard.press('Enter');
+    await page.waitForFunction(() => document.querySelector('#unlock-message').textContent.includes('not the password'));
+    await page.$eval('#unlock-form [name=password]', (e) => { e.value = ''; });
+    await page.type('#unlock-form [name=password]', 'secret');
+    await page.keyboard.press('Enter');
+    await page.waitForFunction(() => document.querySelector('#register-title').textContent === 'Visa Card');
+    assert.equal(await balanceOf('Visa Card'), '-$52.49');
   }));

@@ -87,18 +87,21 @@ async function loadAccounts() {
       name.textContent = account.name;
       const balance = document.createElement('span');
       balance.className = 'amount' + (account.balance < 0 ? ' negative' : '');
-      balance.textContent = account.problem ? (account.locked ? 'locked' : 'damaged')
-                                            : money(account.balance, currency);
+      balance.textContent = account.locked ? 'locked' : account.problem ? 'damaged'
+                                                                        : money(account.balance, currency);
       const detail = document.createElement('span');
       detail.className = 'detail';
       if (account.todaysBalance !== null) {
         detail.textContent = `today ${money(account.todaysBalance, currency)} · ` +
                              `resolved ${money(account.resolvedBalance, currency)}`;
+      } else if (account.locked) {
+        detail.textContent = 'has a password: click to open';
       } else if (account.problem) {
         detail.textContent = account.problem;
       }
       button.append(name, balance, detail);
-      button.addEventListener('click', () => showAccount(account.name));
+      button.addEventListener('click', () => (account.locked ? unlock(account.name)
+                                                             : showAccount(account.name)));
       li.append(button);
       ul.append(li);
       if (account.balance !== null) total += account.balance;
@@ -117,12 +120,35 @@ async function loadAccounts() {
   for (const name of ['from', 'to']) {
     const select = $(`#transfer-form select[name=${name}]`);
     const chosen = select.value;
-    select.replaceChildren(...data.accounts.filter((a) => !a.problem).map((a) => {
+    select.replaceChildren(...data.accounts.filter((a) => !a.problem && !a.locked).map((a) => {
       const option = new Option(a.name, a.name);
       return option;
     }));
     if (chosen) select.value = chosen;
   }
+}
+
+// Asks for a locked account's password; the server keeps it for this session.
+function unlock(name) {
+  const dialog = $('#unlock-dialog');
+  const form = $('#unlock-form');
+  $('#unlock-title').textContent = `"${name}" is locked`;
+  $('#unlock-message').textContent = '';
+  form.reset();
+  form.onsubmit = async (event) => {
+    event.preventDefault();
+    try {
+      await call('/api/unlock', { account: name, password: form.elements.password.value });
+      dialog.close();
+      await loadAccounts();
+      await showAccount(name);
+    } catch (error) {
+      $('#unlock-message').textContent = error.message;
+    }
+  };
+  $('#unlock-cancel').onclick = () => dialog.close();
+  dialog.showModal();
+  form.elements.password.focus();
 }
 
 // ---- the register ----
@@ -829,7 +855,7 @@ async function start() {
   });
   try {
     await loadAccounts();
-    const first = state.accounts.find((a) => !a.problem);
+    const first = state.accounts.find((a) => !a.problem && !a.locked);
     if (first) await showAccount(first.name);
     poll();
   } catch (error) {
