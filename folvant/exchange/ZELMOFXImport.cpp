@@ -376,10 +376,12 @@ std::vector<OFXAccount> ZELMOFXImport::Accounts() const {
   return accounts;
 }
 
-OFXAccount ZELMOFXImport::BankStatementAggregateToAccount(const pugi::xml_node& statement) const {
+// A bank or credit-card statement: the two differ only in where the account number is.
+OFXAccount ZELMOFXImport::TransactionListToAccount(const pugi::xml_node& statement,
+                                                   const char* accountIDPath) const {
   OFXAccount account;
   account.currency = TextAt(statement, "CURDEF").value_or("");
-  account.accountID = TextAt(statement, "BANKACCTFROM/ACCTID").value_or("");
+  account.accountID = TextAt(statement, accountIDPath).value_or("");
   const pugi::xml_node list = BKXMLTreeAtPath(statement, "BANKTRANLIST");
   account.entries.reserve(CountChildren(list, "STMTTRN"));
   for (const pugi::xml_node transaction : list.children("STMTTRN")) {
@@ -388,17 +390,13 @@ OFXAccount ZELMOFXImport::BankStatementAggregateToAccount(const pugi::xml_node& 
   return account;
 }
 
+OFXAccount ZELMOFXImport::BankStatementAggregateToAccount(const pugi::xml_node& statement) const {
+  return TransactionListToAccount(statement, "BANKACCTFROM/ACCTID");
+}
+
 OFXAccount ZELMOFXImport::CreditCardStatementAggregateToAccount(
     const pugi::xml_node& statement) const {
-  OFXAccount account;
-  account.currency = TextAt(statement, "CURDEF").value_or("");
-  account.accountID = TextAt(statement, "CCACCTFROM/ACCTID").value_or("");
-  const pugi::xml_node list = BKXMLTreeAtPath(statement, "BANKTRANLIST");
-  account.entries.reserve(CountChildren(list, "STMTTRN"));
-  for (const pugi::xml_node transaction : list.children("STMTTRN")) {
-    account.entries.push_back(BankTransactionAggregateToEntry(transaction));
-  }
-  return account;
+  return TransactionListToAccount(statement, "CCACCTFROM/ACCTID");
 }
 
 OFXAccount ZELMOFXImport::LoanStatementAggregateToAccount(const pugi::xml_node& statement) const {

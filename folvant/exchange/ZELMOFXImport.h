@@ -114,6 +114,8 @@ class ZELMOFXImport : public ZELMImporter {
   static std::int32_t DateStringToDateNumber(std::string_view text);
 
  private:
+  OFXAccount TransactionListToAccount(const pugi::xml_node& statement,
+                                      const char* accountIDPath) const;
   ImportRecord TransactionToEntry(const pugi::xml_node& transaction,
                                   const char* typeElement) const;
   void Route(ImportRecord& record, std::int32_t code, std::string text) const;
