@@ -534,6 +534,21 @@ function showView(id) {
   if (id === 'schedule-view') loadSchedules();
 }
 
+// A list of labelled values: [label, value, id of the value (optional)].
+function definitions(pairs) {
+  const list = document.createElement('dl');
+  list.className = 'totals balances';
+  for (const [label, value, id] of pairs) {
+    const dt = document.createElement('dt');
+    dt.textContent = label;
+    const dd = document.createElement('dd');
+    dd.textContent = value;
+    if (id) dd.id = id;
+    list.append(dt, dd);
+  }
+  return list;
+}
+
 function table(headings, rows) {
   const element = document.createElement('table');
   const head = element.createTHead().insertRow();
@@ -579,19 +594,11 @@ async function showSummary(event) {
   const report = $('#summary-report');
   try {
     const data = await call(`/api/summary?${query}`);
-    const totals = document.createElement('dl');
-    totals.className = 'totals balances';
-    for (const [label, value] of [['From', data.startDate], ['To', data.endDate],
-                                  ['Deposits', money(data.depositsTotal, data.currency)],
-                                  ['Debits', money(data.debitsTotal, data.currency)],
-                                  ['Net', money(data.total, data.currency)],
-                                  ['End balance', money(data.endBalance, data.currency)]]) {
-      const dt = document.createElement('dt');
-      dt.textContent = label;
-      const dd = document.createElement('dd');
-      dd.textContent = value;
-      totals.append(dt, dd);
-    }
+    const totals = definitions([['From', data.startDate], ['To', data.endDate],
+                                ['Deposits', money(data.depositsTotal, data.currency)],
+                                ['Debits', money(data.debitsTotal, data.currency)],
+                                ['Net', money(data.total, data.currency)],
+                                ['End balance', money(data.endBalance, data.currency)]]);
     const chart = document.createElement('img');
     chart.src = `data:image/svg+xml;charset=utf-8,${encodeURIComponent(data.svg)}`;
     chart.alt = `Chart of ${data.title}: deposits and debits by period, and spending by category`;
@@ -616,18 +623,10 @@ async function reconcile(event, change = {}) {
   };
   try {
     const data = await call('/api/reconcile', body);
-    const difference = document.createElement('dl');
-    difference.className = 'totals balances';
-    for (const [label, value] of [['Resolved balance', money(data.resolvedBalance, state.currency)],
-                                  ['Statement balance', money(data.statementBalance, state.currency)],
-                                  ['Difference', money(data.difference, state.currency)]]) {
-      const dt = document.createElement('dt');
-      dt.textContent = label;
-      const dd = document.createElement('dd');
-      dd.textContent = value;
-      if (label === 'Difference') dd.id = 'reconcile-difference';
-      difference.append(dt, dd);
-    }
+    const difference = definitions([
+      ['Resolved balance', money(data.resolvedBalance, state.currency)],
+      ['Statement balance', money(data.statementBalance, state.currency)],
+      ['Difference', money(data.difference, state.currency), 'reconcile-difference']]);
     const list = table([['Resolved'], ['Date'], ['Check'], ['To/From'], ['Description'],
                         ['Amount', 'amount']],
                        data.unresolved.map((e) => ['', e.date, e.checkNumber ?? '', e.toFrom,
