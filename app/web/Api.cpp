@@ -158,6 +158,30 @@ class Fields {
     return numbers;
   }
 
+  // Line items: [{category, amount, description}], at least two.
+  std::optional<std::vector<SplitFields>> Splits(const char* key) {
+    const auto it = object_.find(key);
+    if (it == object_.end() || it->is_null()) return std::nullopt;
+    if (!it->is_array() || it->size() < 2 || it->size() > 1000) {
+      return Wrong(key, "a list of at least two line items"), std::nullopt;
+    }
+    std::vector<SplitFields> splits;
+    for (const Json& item : *it) {
+      if (!item.is_object()) return Wrong(key, "a list of line items"), std::nullopt;
+      Fields line(item);
+      SplitFields split;
+      split.category = line.Text("category").value_or("");
+      split.description = line.Text("description").value_or("");
+      split.amount = line.Amount("amount", true).value_or(0.0);
+      if (line.problem()) {
+        if (!problem_) problem_ = Bad("a line item: " + line.problem()->message);
+        return std::nullopt;
+      }
+      splits.push_back(std::move(split));
+    }
+    return splits;
+  }
+
   const std::optional<Refusal>& problem() const { return problem_; }
 
  private:
@@ -253,6 +277,7 @@ EntryFields EntryFieldsOf(Fields& fields) {
   entry.notes = fields.Text("notes");
   entry.resolved = fields.Flag("resolved");
   entry.taxDeductible = fields.Flag("taxDeductible");
+  entry.splits = fields.Splits("splits");
   return entry;
 }
 
@@ -626,8 +651,9 @@ void Api::Register(httplib::Server& server) {
               change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
                 Fields fields(body);
                 const std::optional<std::string> account = fields.Text("account", true);
-                fields.Amount("amount", true);
+                if (!body.contains("splits")) fields.Amount("amount", true);
                 EntryFields entry = EntryFieldsOf(fields);
+                if (entry.splits) entry.amount.reset();  // the line items' total
                 if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
                 auto added = AddEntry(book, *account, entry);
                 if (!added) return refusal = RefusalOf(added.error()), std::nullopt;

@@ -1,7 +1,8 @@
 // Drives the pages of `folvant serve` in Debian's Chromium, as a person would: open the book,
 // add a check with the keyboard, make a transfer, see a change made elsewhere, show a summary
 // with its chart, import a bank's OFX file, reconcile to a zero difference, enter what a
-// schedule has due, change an entry in place, search the register, open a locked account. A failing test leaves a screenshot in
+// schedule has due, change an entry in place, search the register, open a locked account,
+// enter an entry of line items. A failing test leaves a screenshot in
 // $FOLVANT_SCREENSHOTS (default: the system's temporary folder).
 //
 //   FOLVANT_BINARY=build/dev/folvant node --test tests/web/
@@ -219,7 +220,7 @@ test('an entry is changed in place and the register searched', () =>
     await page.waitForSelector('.rows .row:not(.loading)');
     const row = await page.waitForFunction(() => [...document.querySelectorAll('.rows .row')]
       .find((r) => r.querySelector('.tofrom')?.textContent === 'Corner Books'));
-    await row.click({ count: 2 });
+    await row.evaluate((r) => r.dispatchEvent(new MouseEvent('dblclick', { bubbles: true })));
     assert.equal(await page.$eval('#new-entry [name=amount]', (e) => e.value), '-42.50');
     await page.$eval('#new-entry [name=amount]', (e) => { e.value = ''; });
     await page.type('#new-entry [name=amount]', '-40');
@@ -251,4 +252,31 @@ test('a locked account opens with its password, for this session', () =>
     await page.keyboard.press('Enter');
     await page.waitForFunction(() => document.querySelector('#register-title').textContent === 'Visa Card');
     assert.equal(await balanceOf('Visa Card'), '-$52.49');
+  }));
+
+test('an entry of line items is entered through the split form', () =>
+  step('split', async () => {
+    await page.click('.account[data-name="Checking"]');
+    await page.waitForFunction(() => document.querySelector('#register-title').textContent === 'Checking');
+    await page.$eval('#register-tools [name=search]', (e) => {
+      e.value = 'Hardware';
+      e.dispatchEvent(new Event('input'));
+    });
+    await page.$eval('#new-entry [name=toFrom]', (e) => { e.value = 'Hardware store'; });
+    await page.click('#split-open');
+    await page.waitForSelector('#split-dialog[open]');
+    const lines = await page.$$('#split-lines .split-line');
+    await lines[0].$eval('[name=category]', (e) => { e.value = 'Food:Groceries'; });
+    await lines[0].$eval('[name=amount]', (e) => { e.value = '-30'; });
+    await lines[1].$eval('[name=category]', (e) => { e.value = 'Auto:Fuel'; });
+    await lines[1].$eval('[name=amount]', (e) => { e.value = '-12.5'; });
+    await page.click('#split-form button[type=submit]');
+    assert.equal(await page.$eval('#new-entry [name=amount]', (e) => e.value), '-42.50');
+    await page.click('#new-entry button[type=submit]');
+    await page.waitForFunction(
+      () => document.querySelector('#message').textContent.startsWith('Added entry'));
+    await page.waitForFunction(() => [...document.querySelectorAll('.rows .row')].some((r) =>
+      r.querySelector('.tofrom')?.textContent === 'Hardware store' &&
+      r.querySelector('.category')?.textContent === '(split)' &&
+      r.querySelector('.amount')?.textContent === '-$42.50'));
   }));

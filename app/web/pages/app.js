@@ -13,6 +13,7 @@ const state = {
   pending: new Set(), // pages being fetched
   generation: 0,      // counts fetches of the whole register, so late pages are dropped
   editing: null,      // the number of the entry being changed in the entry row
+  splits: null,       // the line items given for the entry row, if any
   version: null,
   currency: '',
 };
@@ -206,7 +207,9 @@ function registerQuery(account, page, limit = PAGE) {
 // The tools above the register show what the account's stored filter is.
 function showFilter(data) {
   const tools = $('#register-tools').elements;
-  if (document.activeElement !== tools.search) tools.search.value = data.filter.search;
+  if (document.activeElement !== tools.search && !state.searchPending) {
+    tools.search.value = data.filter.search;
+  }
   tools.dates.value = [...tools.dates.options].some((o) => o.value === data.filter.dates)
     ? data.filter.dates : 'all';
   tools.resolved.value = { resolved: 'only', unresolved: 'not' }[data.filter.resolved] || 'all';
@@ -429,6 +432,7 @@ function startEditing(row) {
 function stopEditing() {
   const form = $('#new-entry');
   state.editing = null;
+  clearSplits();
   for (const key of ['checkNumber', 'toFrom', 'description', 'category', 'amount']) {
     form.elements[key].value = '';
   }
@@ -446,7 +450,11 @@ async function addEntry(event) {
   if (state.editing !== null) return saveEdit(form, data);
   const body = { account: state.account, date: data.date, amount: data.amount.trim() };
   for (const key of ['toFrom', 'description', 'category']) {
-    if (data[key].trim()) body[key] = data[key].trim();
+    if (data[key]?.trim()) body[key] = data[key].trim();  // a disabled field is not in the form's data
+  }
+  if (state.splits) {
+    delete body.amount;
+    body.splits = state.splits;
   }
   if (data.checkNumber.trim()) {
     const number = Number(data.checkNumber.trim());
@@ -464,11 +472,82 @@ async function addEntry(event) {
     for (const key of ['checkNumber', 'toFrom', 'description', 'category', 'amount']) {
       form.elements[key].value = '';
     }
+    clearSplits();
     form.elements.checkNumber.focus();  // ready for the next entry at once
     await Promise.all([refreshRegister(true), loadAccounts()]);
   } catch (error) {
     say(error.message, true);
   }
+}
+
+// ---- line items ----
+
+function splitLine(line = {}) {
+  const row = document.createElement('div');
+  row.className = 'split-line';
+  for (const [name, label, list] of [['category', 'Category', 'category-list'],
+                                     ['description', 'Description', 'description-list'],
+                                     ['amount', 'Amount', null]]) {
+    const input = document.createElement('input');
+    input.name = name;
+    input.placeholder = label;
+    input.setAttribute('aria-label', label);
+    input.autocomplete = 'off';
+    if (list) input.setAttribute('list', list);
+    if (name === 'amount') input.inputMode = 'decimal';
+    input.value = line[name] ?? '';
+    input.addEventListener('input', showSplitTotal);
+    row.append(input);
+  }
+  return row;
+}
+
+function splitLinesGiven() {
+  return [...document.querySelectorAll('#split-lines .split-line')].map((row) => ({
+    category: row.querySelector('[name=category]').value.trim(),
+    description: row.querySelector('[name=description]').value.trim(),
+    amount: row.querySelector('[name=amount]').value.trim(),
+  })).filter((line) => line.amount !== '');
+}
+
+function showSplitTotal() {
+  const total = splitLinesGiven().reduce((sum, line) => sum + (Number(line.amount) || 0), 0);
+  $('#split-total').textContent = `Total ${money(total, state.currency)}`;
+  return total;
+}
+
+function openSplits() {
+  const lines = state.splits || [{}, {}];
+  $('#split-lines').replaceChildren(...lines.map(splitLine));
+  showSplitTotal();
+  $('#split-dialog').showModal();
+  $('#split-lines input').focus();
+}
+
+function useSplits(event) {
+  event.preventDefault();
+  const lines = splitLinesGiven();
+  if (lines.length < 2 || lines.some((line) => !Number.isFinite(Number(line.amount)))) {
+    say('Line items need at least two lines with amounts.', true);
+    return;
+  }
+  state.splits = lines;
+  const amount = $('#new-entry [name=amount]');
+  amount.value = showSplitTotal().toFixed(2);
+  amount.readOnly = true;
+  $('#new-entry [name=category]').value = '';
+  $('#new-entry [name=category]').placeholder = `${lines.length} line items`;
+  $('#new-entry [name=category]').disabled = true;
+  $('#split-dialog').close();
+  $('#new-entry button[type=submit]').focus();
+}
+
+function clearSplits() {
+  state.splits = null;
+  const form = $('#new-entry');
+  form.elements.amount.readOnly = false;
+  form.elements.category.disabled = false;
+  form.elements.category.placeholder = 'Category';
 }
 
 async function saveEdit(form, data) {
@@ -796,6 +875,10 @@ async function start() {
   $('#new-entry').addEventListener('submit', addEntry);
   $('#transfer-form').addEventListener('submit', transfer);
   $('#account-form').addEventListener('submit', addAccount);
+  $('#split-open').addEventListener('click', openSplits);
+  $('#split-add').addEventListener('click', () => $('#split-lines').append(splitLine()));
+  $('#split-form').addEventListener('submit', useSplits);
+  $('#split-cancel').addEventListener('click', () => $('#split-dialog').close());
   $('#new-entry').addEventListener('keydown', (event) => {
     if (event.key === 'Escape' && state.editing !== null) stopEditing();
   });
@@ -804,7 +887,12 @@ async function start() {
   let searching = null;
   tools.elements.search.addEventListener('input', () => {
     clearTimeout(searching);
-    searching = setTimeout(() => changeFilter({ search: tools.elements.search.value }), 300);
+    const text = tools.elements.search.value;
+    state.searchPending = true;  // the box keeps what was typed until the filter has it
+    searching = setTimeout(async () => {
+      await changeFilter({ search: text });
+      state.searchPending = false;
+    }, 300);
   });
   for (const name of ['dates', 'resolved', 'taxDeductible']) {
     tools.elements[name].addEventListener('change', () => changeFilter({ [name]: tools.elements[name].value }));
