@@ -166,6 +166,8 @@ TEST_F(WebServerTest, BadInputIsRefusedAndChangesNothing) {
       {"/api/entries/void", R"({"account": "Checking", "number": "7"})"},
       {"/api/entries/resolve", R"({"account": "Checking", "numbers": []})"},
       {"/api/transfer", R"({"from": "Checking", "to": "Savings", "amount": null})"},
+      {"/api/entries", R"({"account": "Checking", "splits": [{"amount": -5}]})"},
+      {"/api/entries", R"({"account": "Checking", "splits": [{"amount": -5}, {"category": "x"}]})"},
   };
   for (const auto& [path, body] : cases) {
     const auto [status, document] = Post(path, body);
