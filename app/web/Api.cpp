@@ -23,6 +23,7 @@
 #include "app/cli/ReconcileOutput.h"
 #include "app/render/Json.h"
 #include "app/render/SummaryChart.h"
+#include "folvant/book/Accounts.h"
 #include "folvant/book/Book.h"
 #include "folvant/book/Entries.h"
 #include "folvant/book/Export.h"
@@ -622,6 +623,27 @@ void Api::Register(httplib::Server& server) {
                             {"name", JsonText((*added)->GetName())},
                             {"currency", JsonText((*added)->currency()->code())},
                             {"balance", JsonAmount((*added)->GetBalance())}};
+              }));
+
+  // Changes an account: {account, name, startingBalance, startingCheck, notes}.
+  server.Post("/api/accounts/edit",
+              change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
+                Fields fields(body);
+                const std::optional<std::string> account = fields.Text("account", true);
+                AccountEdit edit;
+                edit.name = fields.Text("name");
+                edit.startingBalance = fields.Amount("startingBalance");
+                edit.startingCheck = fields.Integer("startingCheck");
+                edit.notes = fields.Text("notes");
+                if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
+                auto edited = EditAccount(book, *account, edit);
+                if (!edited) return refusal = RefusalOf(edited.error()), std::nullopt;
+                return Json{{"number", edited->number},
+                            {"name", JsonText(edited->name)},
+                            {"currency", JsonText(edited->currency)},
+                            {"startingBalance", JsonAmount(edited->startingBalance)},
+                            {"startingCheck", edited->startingCheck},
+                            {"notes", JsonText(edited->notes)}};
               }));
 
   server.Get("/api/suggest",

@@ -344,6 +344,11 @@ TEST_F(WebServerTest, FilterSortExportAndNewAccounts) {
   EXPECT_EQ(account["currency"], "CAD");
   EXPECT_DOUBLE_EQ(Balance("Cash"), 40.0);
   EXPECT_EQ(Post("/api/accounts", R"({"name": "Cash"})").first, 409);
+  auto [edited, changed] =
+      Post("/api/accounts/edit", R"({"account": "Cash", "name": "Wallet", "startingBalance": 50})");
+  ASSERT_EQ(edited, 200) << changed.dump();
+  EXPECT_DOUBLE_EQ(Balance("Wallet"), 50.0);
+  EXPECT_EQ(Post("/api/accounts/edit", R"({"account": "Wallet", "name": "Checking"})").first, 409);
 }
 
 // A locked account shows nothing until its password is given, and only to the session that

@@ -163,6 +163,10 @@ async function showAccount(name) {
   state.total = 0;
   $('#rows-space').replaceChildren();
   $('#register-title').textContent = name;
+  const editing = $('#edit-account-form').elements;
+  editing.name.value = name;
+  editing.startingBalance.value = '';
+  editing.startingBalance.placeholder = 'as it is';
   document.querySelectorAll('.account').forEach((b) => {
     b.toggleAttribute('aria-current', b.dataset.name === name);
   });
@@ -566,6 +570,22 @@ async function saveEdit(form, data) {
   }
 }
 
+async function editAccount(event) {
+  event.preventDefault();
+  const data = Object.fromEntries(new FormData(event.target));
+  const body = { account: state.account, name: data.name.trim() };
+  if (data.startingBalance.trim()) body.startingBalance = data.startingBalance.trim();
+  try {
+    const edited = await call('/api/accounts/edit', body);
+    state.account = edited.name;
+    await loadAccounts();
+    await showAccount(edited.name);
+    say(`Saved "${edited.name}": starting balance ${money(edited.startingBalance, edited.currency)}.`);
+  } catch (error) {
+    say(error.message, true);
+  }
+}
+
 async function addAccount(event) {
   event.preventDefault();
   const data = Object.fromEntries(new FormData(event.target));
@@ -875,6 +895,7 @@ async function start() {
   $('#new-entry').addEventListener('submit', addEntry);
   $('#transfer-form').addEventListener('submit', transfer);
   $('#account-form').addEventListener('submit', addAccount);
+  $('#edit-account-form').addEventListener('submit', editAccount);
   $('#split-open').addEventListener('click', openSplits);
   $('#split-add').addEventListener('click', () => $('#split-lines').append(splitLine()));
   $('#split-form').addEventListener('submit', useSplits);
