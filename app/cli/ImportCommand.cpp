@@ -177,6 +177,7 @@ class ProgressBar {
 struct ImportOptions {
   std::string account, file, format, dateFormat, encoding, from;
   std::vector<std::string> swaps, columns;
+  std::vector<std::size_t> lines;
   bool apply = false, includePossible = false, saveSettings = false, json = false;
 };
 
@@ -313,6 +314,7 @@ int RunImport(Context& context, const ImportOptions& o) {
     for (const std::string& column : o.columns) request.columns->push_back(ColumnWords().at(column));
   }
   request.includePossible = o.includePossible;
+  if (!o.lines.empty()) request.lines.emplace(o.lines.begin(), o.lines.end());
   request.saveSettings = o.saveSettings;
   if (o.saveSettings && !o.apply) {
     Fail(context, "import: --save-settings keeps the settings of an import; add --apply");
@@ -529,6 +531,11 @@ void RegisterImportCommand(CLI::App& app, Context& context, CommandList& actions
       ->delimiter(',')
       ->check(ColumnValue());
   import->add_flag("--apply", o->apply, "Import the new records");
+  import->add_option("--lines", o->lines,
+                     "With --apply, import only these rows of the review (1,3,7), possible "
+                     "duplicates among them")
+      ->delimiter(',')
+      ->check(CLI::Range(std::size_t{1}, std::size_t{1'000'000'000}));
   import->add_flag("--include-possible", o->includePossible,
                    "With --apply, import the possible duplicates too");
   import->add_flag("--save-settings", o->saveSettings,

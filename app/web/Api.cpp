@@ -850,6 +850,21 @@ void Api::Register(httplib::Server& server) {
     import.account = request.get_param_value("account");
     import.file = folder / safe;
     import.includePossible = request.get_param_value("includePossible") == "1";
+    if (request.has_param("lines")) {
+      // The rows chosen in the review: "1,3,7" (none: "").
+      import.lines.emplace();
+      const std::string list = request.get_param_value("lines");
+      for (std::size_t at = 0; at < list.size();) {
+        const std::size_t comma = std::min(list.find(',', at), list.size());
+        std::size_t line = 0;
+        const auto [end, error] = std::from_chars(list.data() + at, list.data() + comma, line);
+        if (error != std::errc() || end != list.data() + comma || line == 0) {
+          return Send(response, Bad("\"lines\" is a list of row numbers: 1,3,7"));
+        }
+        import.lines->insert(line);
+        at = comma + 1;
+      }
+    }
     if (request.get_param_value("apply") != "1") {
       auto reading = ReadBook(request.get_header_value(kSessionHeader));
       if (!reading) return Send(response, RefusalOf(reading.error()));

@@ -497,6 +497,23 @@ DateChoice ChooseDateFormat(const ImportRecords& records, std::optional<std::str
                               std::string(fits[0].first->name) + " (--date-format changes it)"};
 }
 
+// Whether applying adds the row: a new record or a transfer, a possible duplicate when asked
+// for; of those only the lines chosen, when the request chooses lines.
+bool Adding(const ImportRow& row, const ImportRequest& request) {
+  const bool chosen = request.lines && request.lines->contains(row.line);
+  switch (row.status) {
+    case ImportStatus::kNew:
+    case ImportStatus::kTransfer:
+      return !request.lines || chosen;
+    case ImportStatus::kPossibleDuplicate:
+      return request.lines ? chosen : request.includePossible;
+    case ImportStatus::kDuplicate:
+    case ImportStatus::kUnreadable:
+      return false;
+  }
+  return false;
+}
+
 // ---- matching ----
 
 // Words of a text, folded, for comparing payees written differently by two programs.
@@ -851,9 +868,7 @@ BookResult<Review> BuildReview(Book& book, const ImportRequest& request,
         row.newType = false;
       }
     }
-    const bool adding = row.status == ImportStatus::kNew || row.status == ImportStatus::kTransfer ||
-                        (row.status == ImportStatus::kPossibleDuplicate && request.includePossible);
-    if (adding) {
+    if (Adding(row, request)) {
       if (row.newType && newTypes.insert(platform::CaseFold(row.type) + (debit ? "-" : "+")).second) {
         review.newTypes.push_back(row.type);
       }
@@ -963,9 +978,7 @@ BookResult<ImportReview> ApplyImport(Book& book, const ImportRequest& request) {
   for (std::size_t i = 0; i < review.rows.size(); ++i) {
     ImportRow& row = review.rows[i];
     const Resolved& res = built->resolved[i];
-    const bool adding = row.status == ImportStatus::kNew || row.status == ImportStatus::kTransfer ||
-                        (row.status == ImportStatus::kPossibleDuplicate && request.includePossible);
-    if (!adding) continue;
+    if (!Adding(row, request)) continue;
     const ImportRecord& r = row.record;
     const bool debit = row.amount < 0 || (row.amount == 0 && !r.isDeposit.value_or(true));
     auto type = typeFor(row, res, debit);

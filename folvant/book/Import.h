@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,6 +48,9 @@ struct ImportRequest {
   // first row is a header to skip; default: the account's layout, else the file's header row.
   std::optional<std::vector<std::int32_t>> columns;
   bool includePossible = false;  // applying adds the possible duplicates too
+  // Applying adds only these rows (their 1-based lines) of the new records, transfers and
+  // possible duplicates; duplicates and unreadable records never. None: by status alone.
+  std::optional<std::set<std::size_t>> lines;
   bool saveSettings = false;     // the overrides above become the account's settings
   // Called now and then with the share done (0 to 1) on long work.
   std::function<void(double)> progress;

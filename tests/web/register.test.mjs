@@ -162,6 +162,7 @@ test('an OFX download is reviewed, then imported', () =>
       '<BANKACCTFROM><BANKID>1<ACCTID>77</BANKACCTFROM><BANKTRANLIST>',
       '<STMTTRN><TRNTYPE>DEBIT<DTPOSTED>20260714<TRNAMT>-12.34<FITID>X1<NAME>Hardware store</STMTTRN>',
       '<STMTTRN><TRNTYPE>CREDIT<DTPOSTED>20260715<TRNAMT>50.00<FITID>X2<NAME>Refund</STMTTRN>',
+      '<STMTTRN><TRNTYPE>DEBIT<DTPOSTED>20260715<TRNAMT>-999.00<FITID>X3<NAME>Not mine</STMTTRN>',
       '</BANKTRANLIST></STMTRS></STMTTRNRS></BANKMSGSRSV1></OFX>', ''].join('\r\n'));
     await page.click('.views [data-view=import-view]');
     const input = await page.$('#import-form [name=file]');
@@ -170,7 +171,9 @@ test('an OFX download is reviewed, then imported', () =>
     await page.waitForSelector('#import-review tbody tr');
     const statuses = await page.$$eval('#import-review tbody tr td:last-child',
                                        (cells) => cells.map((c) => c.textContent));
-    assert.deepEqual(statuses, ['new', 'new']);
+    assert.deepEqual(statuses, ['new', 'new', 'new']);
+    // The third row is unticked: it stays out.
+    await page.click('#import-review input[data-line="3"]');
     const before = await balanceOf('Checking');
     await page.click('#import-apply');
     await page.waitForFunction(

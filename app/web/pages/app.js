@@ -838,7 +838,12 @@ async function reviewImport(event, apply = false) {
   if (!file) return;
   importState.file = file;
   const query = new URLSearchParams({ account: state.account, name: file.name });
-  if (apply) query.set('apply', '1');
+  if (apply) {
+    query.set('apply', '1');
+    // The rows left ticked in the review.
+    query.set('lines', [...document.querySelectorAll('#import-review input[data-line]:checked')]
+      .map((box) => box.dataset.line).join(','));
+  }
   try {
     const response = await fetch(`/api/import?${query}`, {
       method: 'POST', credentials: 'same-origin',
@@ -853,13 +858,23 @@ async function reviewImport(event, apply = false) {
       data.dateFormat && `dates ${data.dateFormat}${data.dateNote ? ` (${data.dateNote})` : ''}`,
       data.readNote,
     ].filter(Boolean).join('; ') + '.';
-    const rows = data.rows.map((r) => [r.date ?? '–', money(r.amount, state.currency), r.toFrom,
+    const rows = data.rows.map((r) => ['', r.date ?? '–', money(r.amount, state.currency), r.toFrom,
       r.description, r.category, r.status + (r.match ? ` (entry ${r.match})` : '') +
       (r.problem ? `: ${r.problem}` : '') + (r.added ? ` → ${r.added}` : '')]);
-    const list = table([['Date'], ['Amount', 'amount'], ['To/From'], ['Description'],
+    const list = table([['Import'], ['Date'], ['Amount', 'amount'], ['To/From'], ['Description'],
                         ['Category'], ['Status']], rows);
     list.querySelectorAll('tbody tr').forEach((tr, i) => {
-      tr.className = `status-${data.rows[i].status.split(' ')[0]}`;
+      const row = data.rows[i];
+      tr.className = `status-${row.status.split(' ')[0]}`;
+      // New records and transfers come ticked, possible duplicates not; the rest cannot come.
+      if (!apply && ['new', 'transfer', 'possible duplicate'].includes(row.status)) {
+        const box = document.createElement('input');
+        box.type = 'checkbox';
+        box.dataset.line = String(row.line);
+        box.checked = row.status !== 'possible duplicate';
+        box.setAttribute('aria-label', `Import row ${row.line}`);
+        tr.cells[0].append(box);
+      }
     });
     const counts = document.createElement('p');
     counts.textContent = Object.entries(data.counts).map(([k, v]) => `${v} ${k}`).join(', ') + '.';
