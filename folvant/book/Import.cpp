@@ -633,6 +633,18 @@ bool WellFormedCategory(std::string_view name) {
 
 BookResult<Review> BuildReview(Book& book, const ImportRequest& request,
                                const std::shared_ptr<ZELMAccount>& account) {
+  if (request.dateFormat) {
+    const std::string& f = *request.dateFormat;
+    const std::string word = platform::AsciiLower(f);
+    const bool order = word == "mdy" || word == "dmy" || word == "ymd";
+    const bool format = f.find("%d") != std::string::npos && f.find("%m") != std::string::npos &&
+                        (f.find("%y") != std::string::npos || f.find("%Y") != std::string::npos);
+    if (!order && !format) {
+      return Invalid("the date format " + Quote(f) +
+                     " names no day, month and year; use mdy, dmy, ymd or a format such as "
+                     "%d/%m/%Y");
+    }
+  }
   auto read = Read(request, *account);
   if (!read) return Unexpected{read.error()};
   Review out;
