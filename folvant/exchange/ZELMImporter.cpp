@@ -44,6 +44,12 @@ std::string TodayInFormat(std::string_view format) {
 
 }  // namespace
 
+std::string_view TrimmedBlanks(std::string_view text) {
+  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
 std::int32_t LeadingInteger(std::string_view text) {
   std::size_t i = 0;
   while (i < text.size() && (text[i] == ' ' || text[i] == '\t')) ++i;

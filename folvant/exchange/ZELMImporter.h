@@ -92,4 +92,9 @@ class ZELMImporter {
 // none; values beyond 32 bits are clamped.
 std::int32_t LeadingInteger(std::string_view text);
 
+// Whether the character is a blank or a line end (space, tab, CR, LF).
+inline bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+// The text without blanks and line ends at either end.
+std::string_view TrimmedBlanks(std::string_view text);
+
 }  // namespace folvant

@@ -17,13 +17,6 @@ namespace {
 
 using platform::StringEncoding;
 
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
-
-std::string_view Trimmed(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
 
 Unexpected<OFXReadError> Refuse(std::string what) { return Unexpected<OFXReadError>{OFXReadError{std::move(what)}}; }
 
@@ -306,7 +299,7 @@ std::string ZELMOFXImport::addMissingEndTagsToElementsInString(std::string_view 
     const std::size_t next = text.find('<', i);
     const std::size_t contentEnd = next == std::string_view::npos ? text.size() : next;
     if (contentEnd == i) continue;
-    const std::string_view content = Trimmed(text.substr(i, contentEnd - i));
+    const std::string_view content = TrimmedBlanks(text.substr(i, contentEnd - i));
     if (content.empty()) continue;
     out.append(content);
     i = contentEnd;

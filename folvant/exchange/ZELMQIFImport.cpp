@@ -15,12 +15,6 @@ constexpr std::string_view kAccountHeader = "!Account\r";
 constexpr std::string_view kTypeHeader = "!Type:";
 constexpr std::string_view kSectionStart = "\r!";
 
-std::string_view Trimmed(std::string_view text) {
-  auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
-  while (!text.empty() && blank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && blank(text.back())) text.remove_suffix(1);
-  return text;
-}
 
 // The text of the first line with this code in a record ("\r" + code), nullopt when there is
 // none or it is empty.
@@ -216,7 +210,7 @@ void ZELMQIFImport::AppendRegisterRecords(std::string_view text, ImportRecords& 
        at = text.find(kTypeHeader, at + 1)) {
     const std::size_t lineEnd = std::min(text.find('\r', at), text.size());
     const std::string_view type =
-        Trimmed(text.substr(at + kTypeHeader.size(), lineEnd - at - kTypeHeader.size()));
+        TrimmedBlanks(text.substr(at + kTypeHeader.size(), lineEnd - at - kTypeHeader.size()));
     for (std::string_view valid : validListTypes()) {
       if (platform::AsciiEqualIgnoringCase(type, valid)) {
         appendFrom(lineEnd);

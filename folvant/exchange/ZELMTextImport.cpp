@@ -10,13 +10,6 @@ namespace {
 
 constexpr std::size_t kDetectionRows = 10;
 
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
-
-std::string_view Trimmed(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
 
 bool HasDigit(std::string_view text) {
   return std::any_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
@@ -97,7 +90,7 @@ std::vector<std::vector<std::string>> SplitRows(std::string_view text, char sepa
 }
 
 bool IsResolvedMark(std::string_view text) {
-  text = Trimmed(text);
+  text = TrimmedBlanks(text);
   if (text.empty()) return false;
   switch (text.front()) {
     case 'c': case 'C': case 'r': case 'R': case 'x': case 'X':
@@ -205,7 +198,7 @@ ImportRecord ZELMTextImport::RowToRecord(const std::vector<std::string>& fields,
   double amount = 0.0;
   const std::size_t count = std::min(fields.size(), layout.size());
   for (std::size_t column = 0; column < count; ++column) {
-    const std::string_view text = Trimmed(fields[column]);
+    const std::string_view text = TrimmedBlanks(fields[column]);
     auto setText = [&text](std::optional<std::string>& key) {
       if (!text.empty()) key = std::string(text);
     };
@@ -292,7 +285,8 @@ TextParseResult ZELMTextImport::parse() const {
   result.entries.reserve(rows.size() - first);
   for (std::size_t i = first; i < rows.size(); ++i) {
     const std::vector<std::string>& row = rows[i];
-    if (std::all_of(row.begin(), row.end(), [](const std::string& f) { return Trimmed(f).empty(); })) {
+    const auto blank = [](const std::string& f) { return TrimmedBlanks(f).empty(); };
+    if (std::all_of(row.begin(), row.end(), blank)) {
       continue;
     }
     result.entries.push_back(RowToRecord(row, layout));
