@@ -8,10 +8,10 @@
 
 #include "app/cli/BookAccess.h"
 #include "app/cli/Commands.h"
-#include "app/cli/EntryOutput.h"
 #include "app/cli/FieldOptions.h"
 #include "app/cli/Options.h"
 #include "app/render/AmountText.h"
+#include "app/render/EntryOutput.h"
 #include "app/render/Json.h"
 #include "folvant/book/Book.h"
 #include "folvant/book/Entries.h"
@@ -91,11 +91,11 @@ EntryFields ReadFields(const FieldOptions& o) {
 void PrintChangeJson(Context& context, const EntryChange& change) {
   render::Json document = render::Json::object();
   document["account"] = render::JsonText(change.account->GetName());
-  document["entry"] = EntryJson(change.entry);
+  document["entry"] = render::EntryJson(change.entry);
   render::Json remembered = render::Json::array();
   for (const auto& field : change.remembered) remembered.push_back(field);
   document["remembered"] = std::move(remembered);
-  document["linked"] = LinkedJson(change.linked);
+  document["linked"] = render::LinkedJson(change.linked);
   document["balance"] = render::JsonAmount(change.balance);
   render::WriteJson(context.out, document);
 }
@@ -109,7 +109,7 @@ void PrintChange(Context& context, const EntryChange& change, const std::string&
   }
   const LVCurrency& currency = *change.account->currency();
   std::string out = headline + "\n";
-  AppendEntryText(out, change.entry, currency);
+  render::AppendEntryText(out, change.entry, currency);
   if (!change.remembered.empty()) {
     out += "Filled in from the last entry for \"" + change.entry.toFrom + "\": ";
     for (std::size_t i = 0; i < change.remembered.size(); ++i) {
@@ -117,7 +117,7 @@ void PrintChange(Context& context, const EntryChange& change, const std::string&
     }
     out += "\n";
   }
-  if (change.linked) out += LinkedLine(*change.linked);
+  if (change.linked) out += render::LinkedLine(*change.linked);
   out += "Balance of \"" + change.account->GetName() +
          "\": " + render::AmountWriter(currency).Text(change.balance) + "\n";
   context.out << out;
@@ -169,12 +169,12 @@ int Show(Context& context, const OneEntry& o) {
   if (o.json) {
     render::Json document = render::Json::object();
     document["account"] = render::JsonText(account->GetName());
-    document["entry"] = EntryJson(*shown);
+    document["entry"] = render::EntryJson(*shown);
     render::WriteJson(context.out, document);
     return 0;
   }
   std::string out;
-  AppendEntryText(out, *shown, *account->currency());
+  render::AppendEntryText(out, *shown, *account->currency());
   context.out << out;
   return 0;
 }
@@ -215,7 +215,7 @@ void PrintResolve(Context& context, const ResolveChange& c, const char* state, b
     document["changed"] = c.changed;
     document["already"] = c.already;
     render::Json linked = render::Json::array();
-    for (const auto& l : c.linked) linked.push_back(LinkedJson(l));
+    for (const auto& l : c.linked) linked.push_back(render::LinkedJson(l));
     document["linked"] = std::move(linked);
     document["resolvedBalance"] = render::JsonAmount(c.resolvedBalance);
     render::WriteJson(context.out, document);
@@ -231,7 +231,7 @@ void PrintResolve(Context& context, const ResolveChange& c, const char* state, b
     out += std::string(c.already.size() == 1 ? "Entry " : "Entries ") + NumberList(c.already) +
            (c.already.size() == 1 ? " was" : " were") + " already " + state + ".\n";
   }
-  for (const auto& l : c.linked) out += LinkedLine(l);
+  for (const auto& l : c.linked) out += render::LinkedLine(l);
   out += "Resolved balance of " + name + ": " +
          render::AmountWriter(*c.account->currency()).Text(c.resolvedBalance) + "\n";
   context.out << out;

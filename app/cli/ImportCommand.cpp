@@ -14,9 +14,9 @@
 #include "app/cli/BookAccess.h"
 #include "app/cli/Commands.h"
 #include "app/cli/FilterOptions.h"
-#include "app/cli/ImportOutput.h"
 #include "app/cli/Options.h"
 #include "app/render/AmountText.h"
+#include "app/render/ImportOutput.h"
 #include "app/render/Json.h"
 #include "app/render/Table.h"
 #include "folvant/book/Book.h"
@@ -202,7 +202,6 @@ std::string StatusText(const ImportRow& row) {
   return text;
 }
 
-
 std::string Count(std::size_t n, const char* one, const char* many) {
   return std::to_string(n) + " " + (n == 1 ? one : many);
 }
@@ -328,14 +327,14 @@ int RunImport(Context& context, const ImportOptions& o) {
     auto review = ReviewImport(*book, request);
     PrintWarnings(context, *book);
     if (!review) return Fail(context, review.error());
-    o.json ? render::WriteJson(context.out, ImportReviewJson(*review))
+    o.json ? render::WriteJson(context.out, render::ImportReviewJson(*review))
            : PrintReview(context, *review, o.includePossible);
     return 0;
   }
   return ChangeBook(
       context, [&](Book& book) { return ApplyImport(book, request); },
       [&](const ImportReview& review) {
-        o.json ? render::WriteJson(context.out, ImportReviewJson(review))
+        o.json ? render::WriteJson(context.out, render::ImportReviewJson(review))
                : PrintReview(context, review, o.includePossible);
       });
 }
@@ -452,61 +451,6 @@ int RunExport(Context& context, const ExportOptions& o) {
 }
 
 }  // namespace
-
-render::Json ImportReviewJson(const ImportReview& r) {
-  Json rows = Json::array();
-  for (const ImportRow& row : r.rows) {
-    Json j = Json::object();
-    j["line"] = row.line;
-    j["date"] = row.date != 0 ? Json(FormatIsoDate(row.date)) : Json(nullptr);
-    j["amount"] = render::JsonAmount(row.amount);
-    j["toFrom"] = JsonText(row.record.toFrom.value_or(""));
-    j["description"] = JsonText(row.record.description.value_or(""));
-    j["type"] = JsonText(row.type);
-    j["newType"] = row.newType;
-    j["category"] = JsonText(row.category);
-    j["newCategory"] = row.newCategory;
-    j["status"] = std::string(ImportStatusName(row.status));
-    j["match"] = row.match ? Json(*row.match) : Json(nullptr);
-    j["matchAccount"] = row.matchAccount.empty() ? Json(nullptr) : JsonText(row.matchAccount);
-    j["problem"] = row.problem.empty() ? Json(nullptr) : JsonText(row.problem);
-    j["bankID"] = row.record.fitID ? JsonText(*row.record.fitID) : Json(nullptr);
-    j["added"] = row.added ? Json(*row.added) : Json(nullptr);
-    rows.push_back(std::move(j));
-  }
-  Json counts = Json::object();
-  for (ImportStatus s : {ImportStatus::kNew, ImportStatus::kDuplicate,
-                         ImportStatus::kPossibleDuplicate, ImportStatus::kTransfer,
-                         ImportStatus::kUnreadable}) {
-    const auto it = r.counts.find(s);
-    counts[std::string(ImportStatusName(s))] = it == r.counts.end() ? 0 : it->second;
-  }
-  Json newTypes = Json::array(), newCategories = Json::array(), fileAccounts = Json::array();
-  for (const std::string& t : r.newTypes) newTypes.push_back(JsonText(t));
-  for (const std::string& c : r.newCategories) newCategories.push_back(JsonText(c));
-  for (const std::string& a : r.fileAccounts) fileAccounts.push_back(JsonText(a));
-  Json document = Json::object();
-  document["account"] = JsonText(r.account->GetName());
-  document["file"] = JsonText(r.file);
-  document["format"] = std::string(ImportFormatName(r.format));
-  document["encoding"] = r.encoding.empty() ? Json(nullptr) : JsonText(r.encoding);
-  document["dateFormat"] = r.dateFormat.empty() ? Json(nullptr) : JsonText(r.dateFormat);
-  document["dateNote"] = r.dateNote.empty() ? Json(nullptr) : JsonText(r.dateNote);
-  document["readNote"] = r.readNote.empty() ? Json(nullptr) : JsonText(r.readNote);
-  document["fileAccounts"] = std::move(fileAccounts);
-  document["fileAccount"] = r.fileAccount.empty() ? Json(nullptr) : JsonText(r.fileAccount);
-  document["rows"] = std::move(rows);
-  document["counts"] = std::move(counts);
-  document["newTypes"] = std::move(newTypes);
-  document["newCategories"] = std::move(newCategories);
-  document["applied"] = r.applied;
-  document["batch"] = r.applied && r.added > 0 ? Json(r.batch) : Json(nullptr);
-  document["added"] = r.added;
-  document["linked"] = r.linked;
-  document["balance"] = render::JsonAmount(r.balance);
-  return document;
-}
-
 
 void RegisterImportCommand(CLI::App& app, Context& context, CommandList& actions) {
   auto o = std::make_shared<ImportOptions>();

@@ -6,10 +6,10 @@
 
 #include "app/cli/BookAccess.h"
 #include "app/cli/Commands.h"
-#include "app/cli/ReconcileOutput.h"
 #include "app/cli/Options.h"
 #include "app/render/AmountText.h"
 #include "app/render/Json.h"
+#include "app/render/ReconcileOutput.h"
 #include "app/render/Table.h"
 #include "folvant/book/Book.h"
 #include "folvant/book/Reconcile.h"
@@ -49,31 +49,8 @@ std::string NumberList(const std::vector<std::int32_t>& numbers) {
   return text;
 }
 
-Json RecordJson(const ReconciliationRecord& r) {
-  Json record = Json::object();
-  record["statementDate"] = FormatIsoDate(r.statement.date);
-  record["statementBalance"] = render::JsonAmount(r.statement.balance);
-  record["resolved"] = r.resolved;
-  record["finished"] = platform::FormatLocalTime(r.finished, "%Y-%m-%dT%H:%M:%S");
-  return record;
-}
-
-const char* KindWord(ReconcileSuggestion::Kind kind) {
-  switch (kind) {
-    case ReconcileSuggestion::Kind::kOneEntry:
-      return "oneEntry";
-    case ReconcileSuggestion::Kind::kTwoEntries:
-      return "twoEntries";
-    case ReconcileSuggestion::Kind::kSignFlipped:
-      return "signFlipped";
-    case ReconcileSuggestion::Kind::kTransposedDigits:
-      return "transposedDigits";
-  }
-  return "";
-}
-
 void PrintJson(Context& context, const ReconcileOutcome& outcome) {
-  render::WriteJson(context.out, ReconcileOutcomeJson(outcome));
+  render::WriteJson(context.out, render::ReconcileOutcomeJson(outcome));
 }
 
 std::string SuggestionText(const ReconcileSuggestion& s, const render::AmountWriter& amounts) {
@@ -186,7 +163,9 @@ int History(Context& context, const std::string& account, bool json) {
   if (!history) return Fail(context, history.error());
   if (json) {
     Json records = Json::array();
-    for (const ReconciliationRecord& r : history->records) records.push_back(RecordJson(r));
+    for (const ReconciliationRecord& r : history->records) {
+      records.push_back(render::ReconciliationRecordJson(r));
+    }
     Json document = Json::object();
     document["account"] = JsonText(history->account->GetName());
     document["reconciliations"] = std::move(records);
@@ -221,7 +200,7 @@ int Undo(Context& context, const std::string& account, bool json) {
         if (json) {
           Json document = Json::object();
           document["account"] = JsonText(undone.account->GetName());
-          document["reconciliation"] = RecordJson(r);
+          document["reconciliation"] = render::ReconciliationRecordJson(r);
           render::WriteJson(context.out, document);
           return;
         }
@@ -235,43 +214,6 @@ int Undo(Context& context, const std::string& account, bool json) {
 }
 
 }  // namespace
-
-render::Json ReconcileOutcomeJson(const ReconcileOutcome& outcome) {
-  const ReconcileListing& l = outcome.listing;
-  Json entries = Json::array();
-  for (const UnresolvedEntry& e : l.unresolved) {
-    Json row = Json::object();
-    row["number"] = e.number;
-    row["date"] = FormatIsoDate(e.date);
-    row["checkNumber"] = e.checkNumber ? Json(*e.checkNumber) : Json(nullptr);
-    row["toFrom"] = JsonText(e.toFrom);
-    row["description"] = JsonText(e.description);
-    row["amount"] = render::JsonAmount(e.amount);
-    entries.push_back(std::move(row));
-  }
-  Json suggestions = Json::array();
-  for (const ReconcileSuggestion& s : l.suggestions) {
-    Json amounts = Json::array();
-    for (double amount : s.amounts) amounts.push_back(render::JsonAmount(amount));
-    Json suggestion = Json::object();
-    suggestion["kind"] = KindWord(s.kind);
-    suggestion["entries"] = s.entries;
-    suggestion["amounts"] = std::move(amounts);
-    suggestion["resolved"] = s.resolved;
-    suggestions.push_back(std::move(suggestion));
-  }
-  Json document = Json::object();
-  document["account"] = JsonText(l.account->GetName());
-  document["statementDate"] = FormatIsoDate(l.statement.date);
-  document["statementBalance"] = render::JsonAmount(l.statement.balance);
-  document["resolvedBalance"] = render::JsonAmount(l.resolvedBalance);
-  document["difference"] = render::JsonAmount(l.difference);
-  document["unresolved"] = std::move(entries);
-  document["suggestions"] = std::move(suggestions);
-  document["resolvedSinceLast"] = l.resolvedSinceLast;
-  document["finished"] = outcome.finished ? RecordJson(*outcome.finished) : Json(nullptr);
-  return document;
-}
 
 void RegisterReconcileCommand(CLI::App& app, Context& context, CommandList& actions) {
   auto o = std::make_shared<ReconcileOptions>();

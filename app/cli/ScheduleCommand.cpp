@@ -8,10 +8,10 @@
 
 #include "app/cli/BookAccess.h"
 #include "app/cli/Commands.h"
-#include "app/cli/EntryOutput.h"
 #include "app/cli/FieldOptions.h"
 #include "app/cli/Options.h"
 #include "app/render/AmountText.h"
+#include "app/render/EntryOutput.h"
 #include "app/render/Json.h"
 #include "app/render/Table.h"
 #include "folvant/book/Book.h"
@@ -71,7 +71,7 @@ void PrintListJson(Context& context, const ScheduleListing& listing) {
     s["notes"] = JsonText(row.notes);
     s["amount"] = render::JsonAmount(row.amount);
     s["taxDeductible"] = row.taxDeductible;
-    s["splits"] = SplitsJson(row.splits);
+    s["splits"] = render::SplitsJson(row.splits);
     s["transferTo"] = row.transferTo.empty() ? Json(nullptr) : JsonText(row.transferTo);
     schedules.push_back(std::move(s));
   }
@@ -210,7 +210,7 @@ int Enter(Context& context, const EnterOptions& options) {
           document["amount"] = render::JsonAmount(e.amount);
           document["toFrom"] = render::JsonText(e.toFrom);
           document["next"] = DateOrNull(e.next);
-          document["linked"] = LinkedJson(e.linked);
+          document["linked"] = render::LinkedJson(e.linked);
           render::WriteJson(context.out, document);
           return;
         }

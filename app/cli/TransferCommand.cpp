@@ -4,9 +4,9 @@
 
 #include "app/cli/BookAccess.h"
 #include "app/cli/Commands.h"
-#include "app/cli/EntryOutput.h"
 #include "app/cli/Options.h"
 #include "app/render/AmountText.h"
+#include "app/render/EntryOutput.h"
 #include "app/render/Json.h"
 #include "folvant/book/Book.h"
 #include "folvant/book/Entries.h"
@@ -27,7 +27,7 @@ struct TransferOptions {
 render::Json SideJson(const ZELMAccount& account, const EntryDetails& entry, double balance) {
   render::Json side = render::Json::object();
   side["account"] = render::JsonText(account.GetName());
-  side["entry"] = EntryJson(entry);
+  side["entry"] = render::EntryJson(entry);
   side["balance"] = render::JsonAmount(balance);
   return side;
 }

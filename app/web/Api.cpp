@@ -18,10 +18,10 @@
 #include <system_error>
 #include <vector>
 
-#include "app/cli/EntryOutput.h"
-#include "app/cli/ImportOutput.h"
-#include "app/cli/ReconcileOutput.h"
+#include "app/render/EntryOutput.h"
+#include "app/render/ImportOutput.h"
 #include "app/render/Json.h"
+#include "app/render/ReconcileOutput.h"
 #include "app/render/SummaryChart.h"
 #include "folvant/book/Accounts.h"
 #include "folvant/book/Book.h"
@@ -29,15 +29,15 @@
 #include "folvant/book/Export.h"
 #include "folvant/book/Import.h"
 #include "folvant/book/Reconcile.h"
-#include "folvant/book/Schedules.h"
 #include "folvant/book/RegisterView.h"
+#include "folvant/book/Schedules.h"
 #include "folvant/book/Summaries.h"
+#include "folvant/filters/FilterCodes.h"
+#include "folvant/filters/ZELMFilter.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntry.h"
-#include "folvant/filters/FilterCodes.h"
 #include "folvant/model/ZELMAccountEntryCategory.h"
 #include "folvant/model/ZELMAccountFolder.h"
-#include "folvant/filters/ZELMFilter.h"
 #include "folvant/platform/CivilDate.h"
 #include "folvant/platform/Clock.h"
 #include "folvant/platform/Text.h"
@@ -256,9 +256,9 @@ Json ChangeJson(const EntryChange& change) {
   Json remembered = Json::array();
   for (const std::string& field : change.remembered) remembered.push_back(JsonText(field));
   return Json{{"account", JsonText(change.account->GetName())},
-              {"entry", EntryJson(change.entry)},
+              {"entry", render::EntryJson(change.entry)},
               {"remembered", std::move(remembered)},
-              {"linked", LinkedJson(change.linked)},
+              {"linked", render::LinkedJson(change.linked)},
               {"balance", JsonAmount(change.balance)}};
 }
 
@@ -742,10 +742,10 @@ void Api::Register(httplib::Server& server) {
                 auto done = Transfer(book, transfer);
                 if (!done) return refusal = RefusalOf(done.error()), std::nullopt;
                 return Json{{"from", Json{{"account", JsonText(done->from->GetName())},
-                                          {"entry", EntryJson(done->debit)},
+                                          {"entry", render::EntryJson(done->debit)},
                                           {"balance", JsonAmount(done->fromBalance)}}},
                             {"to", Json{{"account", JsonText(done->to->GetName())},
-                                        {"entry", EntryJson(done->deposit)},
+                                        {"entry", render::EntryJson(done->deposit)},
                                         {"balance", JsonAmount(done->toBalance)}}}};
               }));
 
@@ -870,7 +870,7 @@ void Api::Register(httplib::Server& server) {
       if (!reading) return Send(response, RefusalOf(reading.error()));
       auto review = ReviewImport(*reading->book, import);
       if (!review) return Send(response, RefusalOf(review.error()));
-      return Send(response, ImportReviewJson(*review));
+      return Send(response, render::ImportReviewJson(*review));
     }
     std::lock_guard lock(changes_);
     auto book = OpenForChange(request.get_header_value(kSessionHeader));
@@ -880,7 +880,7 @@ void Api::Register(httplib::Server& server) {
     if (std::optional<BookError> failed = (*book)->Save()) {
       return Send(response, RefusalOf(*failed));
     }
-    Send(response, ImportReviewJson(*applied));
+    Send(response, render::ImportReviewJson(*applied));
   });
 
   server.Post("/api/import/undo",
@@ -917,7 +917,7 @@ void Api::Register(httplib::Server& server) {
                 reconcile.statement.balance = *balance;
                 auto outcome = Reconcile(book, *account, reconcile);
                 if (!outcome) return refusal = RefusalOf(outcome.error()), std::nullopt;
-                return ReconcileOutcomeJson(*outcome);
+                return render::ReconcileOutcomeJson(*outcome);
               }));
 
   // The account's schedules and what of them is due by today.
@@ -974,7 +974,7 @@ void Api::Register(httplib::Server& server) {
                             {"entry", entered->entry},
                             {"date", platform::FormatIsoDate(entered->date)},
                             {"amount", JsonAmount(entered->amount)},
-                            {"linked", LinkedJson(entered->linked)}};
+                            {"linked", render::LinkedJson(entered->linked)}};
               }));
 
   // A schedule in words: {account, every, unit, on, start, until, times, weekendsBefore,

@@ -9,7 +9,7 @@ namespace folvant {
 class LVCurrency;
 }  // namespace folvant
 
-namespace folvant::app {
+namespace folvant::render {
 
 // How the entry and transfer commands show an entry: one "Field: value" line per field that
 // has a value, then the split line items as a table.
@@ -25,4 +25,4 @@ render::Json LinkedJson(const std::optional<LinkedChange>& linked);
 // "The transfer's other side, entry 12 of "Savings", was voided too."
 std::string LinkedLine(const LinkedChange& linked);
 
-}  // namespace folvant::app
+}  // namespace folvant::render

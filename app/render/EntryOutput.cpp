@@ -1,4 +1,4 @@
-#include "app/cli/EntryOutput.h"
+#include "app/render/EntryOutput.h"
 
 #include <vector>
 
@@ -6,7 +6,7 @@
 #include "app/render/Table.h"
 #include "folvant/platform/CivilDate.h"
 
-namespace folvant::app {
+namespace folvant::render {
 
 using platform::FormatIsoDate;
 using render::Align;
@@ -113,4 +113,4 @@ std::string LinkedLine(const LinkedChange& linked) {
          linked.account + "\", " + linked.what + ".\n";
 }
 
-}  // namespace folvant::app
+}  // namespace folvant::render

@@ -3,11 +3,11 @@
 #include "app/render/Json.h"
 #include "folvant/book/Import.h"
 
-namespace folvant::app {
+namespace folvant::render {
 
 // The import review as `folvant import --json` and the web pages give it: {account, file,
 // format, encoding, dateFormat, dateNote, readNote, fileAccounts, fileAccount, rows, counts,
 // newTypes, newCategories, applied, batch, added, linked, balance}.
-render::Json ImportReviewJson(const ImportReview& review);
+Json ImportReviewJson(const ImportReview& review);
 
-}  // namespace folvant::app
+}  // namespace folvant::render
