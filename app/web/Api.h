@@ -56,6 +56,21 @@ class Api {
   std::map<std::string, std::string> Passwords(const std::string& session);
   void Forget();
 
+  // The handlers of each page, each in a file of its own.
+  void RegisterAccounts(httplib::Server& server);
+  void RegisterEntries(httplib::Server& server);
+  void RegisterSummaries(httplib::Server& server);
+  void RegisterSchedules(httplib::Server& server);
+  void RegisterReconcile(httplib::Server& server);
+  void RegisterImport(httplib::Server& server);
+  // A handler that answers from the book as read, or changes the book and saves it; the answer
+  // gets the book, the request (Read) or its JSON body (Change), and a refusal to fill in. In
+  // ApiSupport.h.
+  template <class Answer>
+  auto Read(Answer answer);
+  template <class Answer>
+  auto Change(Answer answer);
+
   std::filesystem::path book_;
   std::mutex changes_;
   std::mutex reading_;

@@ -119,9 +119,8 @@ class WebServer::Impl {
               " (is another program using it?)";
       return false;
     }
-    const std::string host = options_.host.find(':') != std::string::npos
-                                 ? "[" + options_.host + "]"
-                                 : options_.host;
+    const std::string host =
+        options_.host.find(':') != std::string::npos ? "[" + options_.host + "]" : options_.host;
     allowedHosts_ = {host + ":" + std::to_string(port_)};
     if (options_.host == "127.0.0.1" || options_.host == "::1" || options_.host == "localhost") {
       allowedHosts_.insert("localhost:" + std::to_string(port_));

@@ -10,7 +10,7 @@ namespace folvant::app::web {
 struct ServeOptions {
   std::filesystem::path book;
   std::string host = "127.0.0.1";
-  int port = 8270;  // 0: any free port
+  int port = 8270;                        // 0: any free port
   std::size_t maxBody = 8 * 1024 * 1024;  // an uploaded statement, at most
 };
 
