@@ -174,6 +174,20 @@ void Api::RegisterEntries(httplib::Server& server) {
                return Json{{"categories", std::move(list)}};
              }));
 
+  // One entry with all its fields and line items: ?account=NAME&number=N.
+  server.Get("/api/entry",
+             Read([](Book& book, const Request& request, Refusal& refusal) -> std::optional<Json> {
+               const auto number = Count(request, "number", 0, refusal);
+               if (!number) return std::nullopt;
+               if (*number < 1 || *number > 2'000'000'000) {
+                 return refusal = Bad("\"number\" is an entry's number"), std::nullopt;
+               }
+               auto entry = ShowEntry(book, request.get_param_value("account"),
+                                      static_cast<std::int32_t>(*number));
+               if (!entry) return refusal = RefusalOf(entry.error()), std::nullopt;
+               return Json{{"entry", render::EntryJson(*entry)}};
+             }));
+
   server.Post("/api/entries",
               Change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
                 Fields fields(body);

@@ -1,6 +1,9 @@
 // Scheduled entries: the account's schedules, what is due, and schedules added, entered and
 // removed.
 
+#include <algorithm>
+#include <iterator>
+
 #include "app/render/EntryOutput.h"
 #include "app/web/ApiSupport.h"
 #include "folvant/book/Schedules.h"
@@ -9,6 +12,35 @@
 #include "folvant/platform/Clock.h"
 
 namespace folvant::app::web {
+namespace {
+
+const char* const kRecurrenceKeys[] = {"every", "unit", "on", "start", "until", "times",
+                                       "weekendsBefore"};
+
+// Sets the parts of a recurrence the body gives: {every, unit, on, start, until, times,
+// weekendsBefore}; a null or empty "until" takes the last day away.
+void ReadRecurrence(Fields& fields, const Json& body, Recurrence& r) {
+  if (const auto every = fields.Integer("every")) r.every = *every;
+  if (const auto unit = fields.Text("unit")) r.unit = *unit;
+  if (const auto on = fields.Text("on")) r.on = *on;
+  if (const auto start = fields.Date("start")) r.start = *start;
+  if (body.contains("until")) r.until = fields.Date("until");
+  if (const auto times = fields.Integer("times")) r.times = *times;
+  if (const auto weekends = fields.Flag("weekendsBefore")) r.weekendsBefore = *weekends;
+}
+
+Json DateOrNull(const std::optional<std::int32_t>& date) {
+  return date ? Json(platform::FormatIsoDate(*date)) : Json(nullptr);
+}
+
+Json ScheduleChangeJson(const ScheduleChange& change) {
+  return Json{{"account", JsonText(change.account->GetName())},
+              {"number", change.number},
+              {"rule", JsonText(change.rule)},
+              {"next", DateOrNull(change.next)}};
+}
+
+}  // namespace
 
 void Api::RegisterSchedules(httplib::Server& server) {
   // The account's schedules and what of them is due by today.
@@ -20,18 +52,27 @@ void Api::RegisterSchedules(httplib::Server& server) {
         if (!listing) return refusal = RefusalOf(listing.error()), std::nullopt;
         auto due = DueOccurrences(book, account, platform::Today());
         if (!due) return refusal = RefusalOf(due.error()), std::nullopt;
-        auto date = [](const std::optional<std::int32_t>& d) {
-          return d ? Json(platform::FormatIsoDate(*d)) : Json(nullptr);
-        };
         Json schedules = Json::array();
         for (const ScheduleRow& row : listing->rows) {
           schedules.push_back(Json{
               {"number", row.number},
               {"rule", JsonText(row.rule)},
-              {"next", date(row.next)},
+              {"next", DateOrNull(row.next)},
+              {"recurrence", Json{{"every", row.recurrence.every},
+                                  {"unit", JsonText(row.recurrence.unit)},
+                                  {"on", JsonText(row.recurrence.on)},
+                                  {"start", platform::FormatIsoDate(row.recurrence.start)},
+                                  {"until", DateOrNull(row.recurrence.until)},
+                                  {"times", row.recurrence.times},
+                                  {"weekendsBefore", row.recurrence.weekendsBefore}}},
+              {"check", row.check},
+              {"type", JsonText(row.type)},
               {"toFrom", JsonText(row.toFrom)},
               {"description", JsonText(row.description)},
               {"category", JsonText(row.category)},
+              {"notes", JsonText(row.notes)},
+              {"taxDeductible", row.taxDeductible},
+              {"splits", render::SplitsJson(row.splits)},
               {"amount", JsonAmount(row.amount)},
               {"transferTo", row.transferTo.empty() ? Json(nullptr) : JsonText(row.transferTo)}});
         }
@@ -74,13 +115,9 @@ void Api::RegisterSchedules(httplib::Server& server) {
                 Fields fields(body);
                 const std::optional<std::string> account = fields.Text("account", true);
                 Recurrence recurrence;
-                recurrence.every = fields.Integer("every").value_or(1);
-                recurrence.unit = fields.Text("unit", true).value_or("");
-                recurrence.on = fields.Text("on").value_or("");
-                const std::optional<std::int32_t> start = fields.Date("start");
-                recurrence.until = fields.Date("until");
-                recurrence.times = fields.Integer("times").value_or(0);
-                recurrence.weekendsBefore = fields.Flag("weekendsBefore").value_or(false);
+                recurrence.start = platform::Today();
+                ReadRecurrence(fields, body, recurrence);
+                fields.Text("unit", true);
                 ScheduledEntry entry;
                 fields.Amount("amount", true);
                 entry.fields = EntryFieldsOf(fields);
@@ -89,14 +126,35 @@ void Api::RegisterSchedules(httplib::Server& server) {
                   entry.transferTo = other;
                 }
                 if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
-                recurrence.start = start.value_or(platform::Today());
                 auto added = AddSchedule(book, *account, recurrence, entry);
                 if (!added) return refusal = RefusalOf(added.error()), std::nullopt;
-                return Json{{"account", JsonText(added->account->GetName())},
-                            {"number", added->number},
-                            {"rule", JsonText(added->rule)},
-                            {"next", added->next ? Json(platform::FormatIsoDate(*added->next))
-                                                 : Json(nullptr)}};
+                return ScheduleChangeJson(*added);
+              }));
+
+  // Changes a schedule: {account, number} and what changes, as adding takes it; the recurrence
+  // keeps the parts not given, and "transferTo": "" makes it no longer a transfer.
+  server.Post("/api/schedules/edit",
+              Change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
+                Fields fields(body);
+                const std::optional<std::string> account = fields.Text("account", true);
+                const std::optional<std::int32_t> number = fields.Integer("number", true);
+                if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
+                std::optional<Recurrence> recurrence;
+                if (std::any_of(std::begin(kRecurrenceKeys), std::end(kRecurrenceKeys),
+                                [&body](const char* key) { return body.contains(key); })) {
+                  auto stored = ScheduleRecurrence(book, *account, *number);
+                  if (!stored) return refusal = RefusalOf(stored.error()), std::nullopt;
+                  recurrence = *stored;
+                  ReadRecurrence(fields, body, *recurrence);
+                }
+                ScheduledEntry entry;
+                entry.fields = EntryFieldsOf(fields);
+                entry.fields.date.reset();
+                entry.transferTo = fields.Text("transferTo");
+                if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
+                auto edited = EditSchedule(book, *account, *number, recurrence, entry);
+                if (!edited) return refusal = RefusalOf(edited.error()), std::nullopt;
+                return ScheduleChangeJson(*edited);
               }));
 
   server.Post("/api/schedules/remove",

@@ -1,0 +1,204 @@
+// The row at the bottom of the register, to add an entry or change one: keyboard first (Tab
+// through date, check, to/from, description, category, amount; Enter saves; + and - move the
+// date), with suggestions from the account's lists, and a small form of line items.
+
+import { $, attempt, call, formData, money, reload, reloadBook, say, shiftDay, state } from './common.js';
+
+const TEXT_FIELDS = ['checkNumber', 'toFrom', 'description', 'category', 'amount'];
+
+export async function loadLists() {
+  const fill = (id, texts) => $(id).replaceChildren(...texts.map((t) => new Option(t)));
+  const suggest = (which) =>
+    call(`/api/suggest?${new URLSearchParams({ account: state.account, which, prefix: '' })}`);
+  await attempt(async () => {
+    const [to, from, description, categories] = await Promise.all([
+      suggest('to'), suggest('from'), suggest('description'), call('/api/categories')]);
+    fill('#tofrom-list', [...new Set([...to.suggestions, ...from.suggestions])]);
+    fill('#description-list', description.suggestions);
+    fill('#category-list', categories.categories);
+  });
+}
+
+// Double-clicking a row puts it into the entry row to change; Escape leaves it as it was. An
+// entry of line items brings them along, to change in the line items' form.
+export async function startEditing(row) {
+  if (row.number === null) return;
+  const form = $('#new-entry');
+  clearSplits();
+  state.editing = row.number;
+  form.elements.date.value = row.date;
+  form.elements.checkNumber.value = row.checkNumber ?? '';
+  form.elements.toFrom.value = row.toFrom;
+  form.elements.description.value = row.description;
+  form.elements.category.value = row.category;
+  form.elements.amount.value = row.amount.toFixed(2);
+  form.querySelector('button[type=submit]').textContent = 'Save';
+  form.setAttribute('aria-label', `Change entry ${row.number}`);
+  reload.rows();
+  form.elements.toFrom.focus();
+  const { entry } = await call(`/api/entry?${new URLSearchParams({ account: state.account, number: row.number })}`)
+    .catch(() => ({ entry: { splits: [] } }));
+  if (state.editing === row.number && entry.splits.length) {
+    useLines(entry.splits.map((line) => ({ ...line, amount: line.amount.toFixed(2) })));
+  }
+}
+
+export function stopEditing() {
+  const form = $('#new-entry');
+  state.editing = null;
+  clearSplits();
+  for (const key of TEXT_FIELDS) form.elements[key].value = '';
+  form.elements.date.value = state.today;
+  form.querySelector('button[type=submit]').textContent = 'Add';
+  form.setAttribute('aria-label', 'New entry');
+  reload.rows();
+}
+
+async function addEntry(event) {
+  event.preventDefault();
+  const form = event.target;
+  const data = formData(form);
+  if (state.editing !== null) return saveEdit(data);
+  const body = { account: state.account, date: data.date, amount: data.amount };
+  for (const key of ['toFrom', 'description', 'category']) {
+    if (data[key]) body[key] = data[key];  // a disabled field is not in the form's data
+  }
+  if (state.splits) {
+    delete body.amount;
+    body.splits = state.splits;
+  }
+  if (data.checkNumber) {
+    const number = Number(data.checkNumber);
+    if (!Number.isInteger(number) || number <= 0) {
+      say('A check number is a whole number above 0.', true);
+      return;
+    }
+    body.checkNumber = number;
+  }
+  await attempt(async () => {
+    const added = await call('/api/entries', body);
+    const remembered = added.remembered && added.remembered.length
+      ? ` (filled in from an earlier entry: ${added.remembered.join(', ')})` : '';
+    say(`Added entry ${added.entry.number}; balance ${money(added.balance)}${remembered}`);
+    for (const key of TEXT_FIELDS) form.elements[key].value = '';
+    clearSplits();
+    form.elements.checkNumber.focus();  // ready for the next entry at once
+    await reloadBook(true);
+  });
+}
+
+async function saveEdit(data) {
+  const body = { account: state.account, number: state.editing, date: data.date,
+                 toFrom: data.toFrom, description: data.description };
+  if (state.splits) {
+    body.splits = state.splits;
+  } else {
+    body.amount = data.amount;
+    body.category = data.category;
+  }
+  if (data.checkNumber) body.checkNumber = Number(data.checkNumber);
+  await attempt(async () => {
+    const changed = await call('/api/entries/edit', body);
+    say(`Changed entry ${changed.entry.number}; balance ${money(changed.balance)}`);
+    stopEditing();
+    await reloadBook();
+  });
+}
+
+// ---- line items ----
+
+function splitLine(line = {}) {
+  const row = document.createElement('div');
+  row.className = 'split-line';
+  for (const [name, label, list] of [['category', 'Category', 'category-list'],
+                                     ['description', 'Description', 'description-list'],
+                                     ['amount', 'Amount', null]]) {
+    const input = document.createElement('input');
+    input.name = name;
+    input.placeholder = label;
+    input.setAttribute('aria-label', label);
+    input.autocomplete = 'off';
+    if (list) input.setAttribute('list', list);
+    if (name === 'amount') input.inputMode = 'decimal';
+    input.value = line[name] ?? '';
+    input.addEventListener('input', showSplitTotal);
+    row.append(input);
+  }
+  return row;
+}
+
+function splitLinesGiven() {
+  return [...document.querySelectorAll('#split-lines .split-line')].map((row) => ({
+    category: row.querySelector('[name=category]').value.trim(),
+    description: row.querySelector('[name=description]').value.trim(),
+    amount: row.querySelector('[name=amount]').value.trim(),
+  })).filter((line) => line.amount !== '');
+}
+
+function splitTotal(lines) {
+  return lines.reduce((sum, line) => sum + (Number(line.amount) || 0), 0);
+}
+
+function showSplitTotal() {
+  $('#split-total').textContent = `Total ${money(splitTotal(splitLinesGiven()))}`;
+}
+
+function openSplits() {
+  const lines = state.splits || [{}, {}];
+  $('#split-lines').replaceChildren(...lines.map(splitLine));
+  showSplitTotal();
+  $('#split-dialog').showModal();
+  $('#split-lines input').focus();
+}
+
+// The entry row takes the line items: its amount is their total, its category theirs.
+function useLines(lines) {
+  state.splits = lines;
+  const form = $('#new-entry');
+  form.elements.amount.value = splitTotal(lines).toFixed(2);
+  form.elements.amount.readOnly = true;
+  form.elements.category.value = '';
+  form.elements.category.placeholder = `${lines.length} line items`;
+  form.elements.category.disabled = true;
+}
+
+function useSplits(event) {
+  event.preventDefault();
+  const lines = splitLinesGiven();
+  if (lines.length < 2 || lines.some((line) => !Number.isFinite(Number(line.amount)))) {
+    say('Line items need at least two lines with amounts.', true);
+    return;
+  }
+  useLines(lines);
+  $('#split-dialog').close();
+  $('#new-entry button[type=submit]').focus();
+}
+
+function clearSplits() {
+  state.splits = null;
+  const form = $('#new-entry');
+  form.elements.amount.readOnly = false;
+  form.elements.category.disabled = false;
+  form.elements.category.placeholder = 'Category';
+}
+
+export function setUpEntryRow() {
+  const form = $('#new-entry');
+  form.addEventListener('submit', addEntry);
+  form.addEventListener('keydown', (event) => {
+    if (event.key === 'Escape' && state.editing !== null) stopEditing();
+  });
+  $('#split-open').addEventListener('click', openSplits);
+  $('#split-add').addEventListener('click', () => $('#split-lines').append(splitLine()));
+  $('#split-form').addEventListener('submit', useSplits);
+  $('#split-cancel').addEventListener('click', () => $('#split-dialog').close());
+  const date = form.elements.date;
+  date.value = state.today;
+  // + and - move the date by a day, as paper-register programs do.
+  date.addEventListener('keydown', (event) => {
+    if (event.key === '+' || event.key === '=' || event.key === '-') {
+      event.preventDefault();
+      date.value = shiftDay(date.value, event.key === '-' ? -1 : 1);
+    }
+  });
+}
