@@ -155,7 +155,7 @@ std::optional<BookError> SetEntryFields(Book& book, ZELMAccount& a, ZELMAccountS
   }
   const bool transfer = other != nullptr || (!adding && !unlink && s.IsLinked());
   if (entry.toAmount && !transfer) {
-    return BookError::Of(Kind::kInvalid, "--to-amount is for a transfer schedule (--transfer-to)");
+    return BookError::Of(Kind::kInvalid, "an amount the other account receives is for a transfer schedule only");
   }
   if (transfer) {
     if ((fields.splits && !fields.splits->empty()) ||
@@ -204,45 +204,45 @@ std::optional<BookError> SetEntryFields(Book& book, ZELMAccount& a, ZELMAccountS
 
 BookResult<std::shared_ptr<ZELMAccountSchedule>> BuildSchedule(const Recurrence& r) {
   const std::string unit = Unit(r.unit);
-  if (unit.empty()) return Invalid("--every: the unit must be day, week, month, quarter or year");
+  if (unit.empty()) return Invalid("the unit must be day, week, month, quarter or year");
   const std::int32_t n = r.every;
-  if (n < 1) return Invalid("--every: \"" + std::to_string(n) + "\" is not a count of 1 or more");
+  if (n < 1) return Invalid("every " + std::to_string(n) + ": the count must be 1 or more");
   const std::string on = platform::AsciiLower(r.on);
-  if (r.start <= 0) return Invalid("--start: a schedule needs its first day");
+  if (r.start <= 0) return Invalid("a schedule needs its first day");
   sc::Day start = sc::DayFromDateNumber(r.start);
   std::int32_t kind = sc::kRepeatOnce;
 
   if (unit == "once") {
     if (!on.empty() || r.until || r.times > 0 || r.weekendsBefore) {
-      return Invalid("a one-time schedule takes no --on, --until, --times or --weekend-shift");
+      return Invalid("a one-time schedule takes no day to fall on, no end and no weekend rule");
     }
   } else if (unit == "day") {
-    if (!on.empty()) return Invalid("--on does not apply to a daily schedule");
+    if (!on.empty()) return Invalid("a daily schedule takes no day to fall on");
     // The daily kind never moves off a weekend; every N days does.
     kind = (n == 1 && !r.weekendsBefore) ? sc::kRepeatDaily : sc::kRepeatEveryNDays;
   } else if (unit == "week") {
     if (r.weekendsBefore) {
-      return Invalid("a weekly schedule keeps its weekday: --weekend-shift does not apply");
+      return Invalid("a weekly schedule keeps its weekday: it does not move off weekends");
     }
     if (!on.empty()) {
       int wanted = -1;
       for (int d = 0; d < 7; ++d) {
         if (on.size() >= 3 && platform::AsciiLower(kWeekdays[d]).starts_with(on)) wanted = d;
       }
-      if (wanted < 0) return Invalid("--on: \"" + r.on + "\" is not a weekday");
+      if (wanted < 0) return Invalid("\"" + r.on + "\" is not a weekday");
       start = *FirstDayFrom(start, 6, [wanted](sc::Day d) { return sc::Weekday(d) == wanted; });
     }
     kind = n == 1 ? sc::kRepeatWeekly : n == 2 ? sc::kRepeatEveryTwoWeeks : sc::kRepeatEveryNWeeks;
   } else if (unit == "month" || unit == "quarter") {
     const bool month = unit == "month";
     if (on == "last") {
-      if (n != 1) return Invalid("--on last needs --every 1 " + unit);
+      if (n != 1) return Invalid("the last day needs every 1 " + unit);
       kind = month ? sc::kRepeatLastDayOfMonth : sc::kRepeatLastDayOfQuarter;
     } else {
       if (!on.empty()) {
         std::int32_t day = 0;
         if (!ParseInt(on, day) || day < 1 || day > 31) {
-          return Invalid("--on: \"" + r.on + "\" is not a day of the month (1-31 or last)");
+          return Invalid("\"" + r.on + "\" is not a day of the month (1-31 or last)");
         }
         start =
             *FirstDayFrom(start, 366, [day](sc::Day d) { return sc::CivilFromDay(d).day == day; });
@@ -257,7 +257,7 @@ BookResult<std::shared_ptr<ZELMAccountSchedule>> BuildSchedule(const Recurrence&
     if (!on.empty()) {
       std::int32_t month = 0, day = 0;
       const auto dash = on.find('-');
-      const std::string not_a_day = "--on: \"" + r.on + "\" is not a day of the year (MM-DD)";
+      const std::string not_a_day = "\"" + r.on + "\" is not a day of the year (MM-DD)";
       if (dash == std::string::npos || !ParseInt(std::string_view(on).substr(0, dash), month) ||
           !ParseInt(std::string_view(on).substr(dash + 1), day) || month < 1 || month > 12 ||
           day < 1 || day > 31) {
@@ -279,7 +279,7 @@ BookResult<std::shared_ptr<ZELMAccountSchedule>> BuildSchedule(const Recurrence&
     // nothing ends a single occurrence
   } else if (r.until) {
     if (*r.until < start_number) {
-      return Invalid("--until " + FormatIsoDate(*r.until) + " is before the start " +
+      return Invalid("until " + FormatIsoDate(*r.until) + " is before the start " +
                      FormatIsoDate(start_number));
     }
     until_type = sc::kUntilDate;

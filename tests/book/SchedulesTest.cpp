@@ -79,7 +79,7 @@ TEST(BuildScheduleTest, EndRules) {
   r.until = 20260214;
   auto before = BuildSchedule(r);
   ASSERT_FALSE(before);
-  EXPECT_EQ(before.error().message, "--until 2026-02-14 is before the start 2026-02-15");
+  EXPECT_EQ(before.error().message, "until 2026-02-14 is before the start 2026-02-15");
 
   r.until.reset();
   r.times = 1;
@@ -102,12 +102,12 @@ TEST(BuildScheduleTest, WordsThatSayNothingAreInvalid) {
   const std::vector<std::pair<Recurrence, std::string>> cases = {
       {Every(1, "fortnight", "", 20260101), "the unit must be"},
       {Every(1, "s", "", 20260101), "the unit must be"},
-      {Every(0, "day", "", 20260101), "is not a count of 1 or more"},
-      {Every(1, "day", "1", 20260101), "--on does not apply to a daily schedule"},
+      {Every(0, "day", "", 20260101), "the count must be 1 or more"},
+      {Every(1, "day", "1", 20260101), "a daily schedule takes no day to fall on"},
       {weekly_shift, "keeps its weekday"},
       {Every(1, "week", "fr", 20260101), "\"fr\" is not a weekday"},
       {Every(1, "week", "fridays", 20260101), "is not a weekday"},
-      {Every(2, "month", "last", 20260101), "--on last needs --every 1 month"},
+      {Every(2, "month", "last", 20260101), "the last day needs every 1 month"},
       {Every(1, "quarter", "32", 20260101), "is not a day of the month"},
       {Every(1, "month", "1x", 20260101), "is not a day of the month"},
       {Every(1, "year", "13-01", 20260101), "is not a day of the year"},
