@@ -1,5 +1,6 @@
 // `folvant serve` over real HTTP on 127.0.0.1: the token and the session cookie, the Host and
 // Origin checks, the size limit, bad input, the calls the pages make, and several clients at once.
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <httplib.h>
 #include <nlohmann/json.hpp>
@@ -231,6 +232,25 @@ TEST_F(WebServerTest, TheCallsOfTheRegisterPage) {
   EXPECT_DOUBLE_EQ(Balance("Checking"), balance - 100);
   EXPECT_DOUBLE_EQ(Balance("Savings"), savings + 100);
 
+  // An entry of line items, read back whole and its lines changed.
+  auto [split, splitEntry] = Post("/api/entries", R"({"account": "Checking", "toFrom": "Hardware",
+      "splits": [{"category": "Food:Groceries", "amount": -30},
+                 {"category": "Auto:Fuel", "amount": -12.5}]})");
+  ASSERT_EQ(split, 200) << splitEntry.dump();
+  const std::string splitNumber = splitEntry["entry"]["number"].dump();
+  auto [read, readEntry] = Get("/api/entry?account=Checking&number=" + splitNumber);
+  ASSERT_EQ(read, 200);
+  EXPECT_EQ(readEntry["entry"]["splits"].size(), 2u);
+  EXPECT_EQ(readEntry["entry"]["amount"], -42.5);
+  auto [resplit, resplitEntry] = Post("/api/entries/edit", R"({"account": "Checking", "number": )" +
+                                                               splitNumber + R"(, "splits": [
+      {"category": "Food:Groceries", "amount": -30}, {"category": "Auto:Fuel", "amount": -20}]})");
+  ASSERT_EQ(resplit, 200) << resplitEntry.dump();
+  EXPECT_EQ(resplitEntry["entry"]["amount"], -50.0);
+  EXPECT_EQ(resplitEntry["entry"]["splits"][1]["amount"], -20.0);
+  EXPECT_EQ(Get("/api/entry?account=Checking&number=0").first, 400);
+  EXPECT_EQ(Get("/api/entry?account=Checking&number=99999").first, 404);
+
   auto [suggested, suggestions] = Get("/api/suggest?account=Checking&which=to&prefix=Saf");
   EXPECT_EQ(suggested, 200);
   EXPECT_EQ(suggestions["suggestions"], Json::array({"Safeway"}));
@@ -250,6 +270,32 @@ TEST_F(WebServerTest, SummariesAndImports) {
   EXPECT_NE(report["svg"].get<std::string>().find("<svg"), std::string::npos);
   EXPECT_EQ(Get("/api/summary?account=Checking&period=fortnight").first, 400);
   EXPECT_EQ(Get("/api/summary?account=Checking&name=Nothing").first, 404);
+
+  // A summary of its own: added, changed, shown first, removed.
+  auto [made, made_summary] = Post("/api/summaries/add", R"({"account": "Checking",
+      "name": "Fuel", "range": "this year", "period": "quarter", "debits": true,
+      "deposits": false, "filterField": "category", "filterText": "Fuel"})");
+  ASSERT_EQ(made, 200) << made_summary.dump();
+  EXPECT_EQ(made_summary["summary"]["period"], "quarter");
+  EXPECT_EQ(made_summary["summary"]["deposits"], false);
+  EXPECT_EQ(made_summary["summary"]["filterText"], "Fuel");
+  EXPECT_EQ(Post("/api/summaries/add", R"({"account": "Checking", "name": "fuel"})").first, 409);
+  auto [renamed, renamed_summary] = Post("/api/summaries/edit", R"({"account": "Checking",
+      "name": "Fuel", "newName": "Car fuel", "resolved": "only", "filterText": ""})");
+  ASSERT_EQ(renamed, 200) << renamed_summary.dump();
+  EXPECT_EQ(renamed_summary["summary"]["name"], "Car fuel");
+  EXPECT_EQ(renamed_summary["summary"]["resolved"], "only");
+  EXPECT_TRUE(renamed_summary["summary"]["filterText"].is_null());
+  EXPECT_EQ(renamed_summary["summary"]["period"], "quarter");
+  EXPECT_EQ(Post("/api/summaries/edit", R"({"account": "Checking", "name": "Car fuel",
+      "checks": "some"})").first, 400);
+  EXPECT_EQ(Post("/api/summaries/select", R"({"account": "Checking", "name": "Car fuel"})").first,
+            200);
+  EXPECT_EQ(Get("/api/summary?account=Checking").second["summary"], "Car fuel");
+  EXPECT_EQ(Post("/api/summaries/remove", R"({"account": "Checking", "name": "Car fuel"})").first,
+            200);
+  EXPECT_EQ(Get("/api/summaries?account=Checking").second["summaries"].size(),
+            summaries["summaries"].size());
 
   const std::string qif = "!Type:Bank\nD07/10/2026\nT-12.00\nPCorner Books\n^\n";
   httplib::Client client = Client();
@@ -308,6 +354,32 @@ TEST_F(WebServerTest, ScheduledEntries) {
   EXPECT_EQ(schedule["next"], "2026-07-03");
   EXPECT_EQ(Post("/api/schedules/add", R"({"account": "Checking", "unit": "fortnight",
       "amount": -1})").first, 400);
+
+  // Changed in words: what is not given stays; an empty "until" takes the end away.
+  const std::string number = schedule["number"].dump();
+  auto [edited, changed] = Post("/api/schedules/edit", R"({"account": "Checking", "number": )" +
+                                                           number + R"(, "unit": "month", "on": "last",
+      "every": 1, "until": "2027-06-30", "amount": -25})");
+  ASSERT_EQ(edited, 200) << changed.dump();
+  EXPECT_EQ(changed["rule"], "every month on its last day, until 2027-06-30");
+  EXPECT_EQ(changed["next"], "2026-07-31");
+  auto listedAgain = Get("/api/schedules?account=Checking").second["schedules"];
+  const auto it = std::find_if(listedAgain.begin(), listedAgain.end(),
+                               [&](const Json& s) { return s["number"].dump() == number; });
+  ASSERT_NE(it, listedAgain.end());
+  EXPECT_EQ((*it)["amount"], -25.0);
+  EXPECT_EQ((*it)["toFrom"], "Gym");
+  EXPECT_EQ((*it)["recurrence"]["until"], "2027-06-30");
+  EXPECT_EQ(Post("/api/schedules/edit", R"({"account": "Checking", "number": )" + number +
+                                            R"(, "until": null})")
+                .second["rule"],
+            "every month on its last day, forever");
+  EXPECT_EQ(Post("/api/schedules/edit", R"({"account": "Checking", "number": )" + number +
+                                            R"(, "unit": "week", "weekendsBefore": true})")
+                .first,
+            400);
+  EXPECT_EQ(Post("/api/schedules/edit", R"({"account": "Checking", "number": 999, "amount": 1})").first,
+            404);
   EXPECT_EQ(Post("/api/schedules/remove", R"({"account": "Checking", "number": )" +
                                               schedule["number"].dump() + "}")
                 .first,

@@ -283,3 +283,70 @@ test('an entry of line items is entered through the split form', () =>
       r.querySelector('.category')?.textContent === '(split)' &&
       r.querySelector('.amount')?.textContent === '-$42.50'));
   }));
+
+test("a split entry's line items are changed in the entry row", () =>
+  step('split-edit', async () => {
+    const row = await page.waitForFunction(() => [...document.querySelectorAll('.rows .row')]
+      .find((r) => r.querySelector('.tofrom')?.textContent === 'Hardware store'));
+    await row.evaluate((r) => r.dispatchEvent(new MouseEvent('dblclick', { bubbles: true })));
+    await page.waitForFunction(
+      () => document.querySelector('#new-entry [name=category]').placeholder === '2 line items');
+    await page.click('#split-open');
+    await page.waitForSelector('#split-dialog[open]');
+    const lines = await page.$$('#split-lines .split-line');
+    assert.equal(await lines[1].$eval('[name=category]', (e) => e.value), 'Auto:Fuel');
+    await lines[1].$eval('[name=amount]', (e) => { e.value = '-20'; });
+    await page.click('#split-form button[type=submit]');
+    await page.click('#new-entry button[type=submit]');
+    await page.waitForFunction(
+      () => document.querySelector('#message').textContent.startsWith('Changed entry'));
+    await page.waitForFunction(() => [...document.querySelectorAll('.rows .row')].some((r) =>
+      r.querySelector('.tofrom')?.textContent === 'Hardware store' &&
+      r.querySelector('.amount')?.textContent === '-$50.00'));
+  }));
+
+test('a schedule is changed in words', () =>
+  step('schedule-edit', async () => {
+    await page.click('.views [data-view=schedule-view]');
+    await page.waitForSelector('#schedule-list tbody tr');
+    // Clicked in the page at once: the list may be drawn again meanwhile.
+    await page.waitForFunction(() => {
+      const change = [...document.querySelectorAll('#schedule-list button')]
+        .find((b) => b.textContent === 'Change');
+      change?.click();
+      return change;
+    });
+    assert.match(await text('#schedule-form-title'), /^Change the schedule/);
+    for (const [name, value] of [['every', '2'], ['on', 'friday'], ['until', '2027-06-30']]) {
+      await page.$eval(`#schedule-form [name=${name}]`, (e, v) => { e.value = v; }, value);
+    }
+    await page.select('#schedule-form [name=unit]', 'week');
+    await page.click('#schedule-form button[type=submit]');
+    await page.waitForFunction(
+      () => document.querySelector('#message').textContent.startsWith('Saved "every 2 weeks on Friday'));
+    await page.waitForFunction(() => [...document.querySelectorAll('#schedule-list tbody tr')]
+      .some((r) => r.cells[0].textContent.startsWith('every 2 weeks on Friday, until 2027-06-30')));
+    assert.equal(await text('#schedule-form-title'), 'A new schedule');
+  }));
+
+test("a summary's options are saved as a new summary, shown, and removed", () =>
+  step('summary-options', async () => {
+    page.once('dialog', (dialog) => dialog.accept());
+    await page.click('.views [data-view=summary-view]');
+    await page.waitForSelector('#summary-report img');
+    await page.click('#summary-settings summary');
+    await page.$eval('#summary-options [name=newName]', (e) => { e.value = 'Fuel only'; });
+    await page.select('#summary-options [name=filterField]', 'category');
+    await page.$eval('#summary-options [name=filterText]', (e) => { e.value = 'Fuel'; });
+    await page.click('#summary-add');
+    await page.waitForFunction(
+      () => document.querySelector('#message').textContent === 'Added the summary "Fuel only".');
+    await page.waitForFunction(() => document.querySelector('#summary-form [name=name]').value === 'Fuel only');
+    await page.waitForFunction(() => [...document.querySelectorAll('#summary-report tbody tr')]
+      .every((r) => /Auto|Fuel/.test(r.cells[0].textContent)));
+    await page.click('#summary-remove');
+    await page.waitForFunction(
+      () => document.querySelector('#message').textContent === 'Removed the summary "Fuel only".');
+    await page.waitForFunction(() => ![...document.querySelectorAll('#summary-form [name=name] option')]
+      .some((o) => o.value === 'Fuel only'));
+  }));

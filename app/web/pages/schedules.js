@@ -41,6 +41,17 @@ async function scheduleChange(path, body, report) {
   });
 }
 
+// A day to fall on is not a daily or one-time schedule's, nor moving off weekends a weekly or
+// one-time schedule's.
+function fitUnit() {
+  const form = $('#schedule-form').elements;
+  const unit = form.unit.value;
+  form.on.disabled = unit === 'day' || unit === 'once';
+  form.weekendsBefore.disabled = unit === 'week' || unit === 'once';
+  if (form.on.disabled) form.on.value = '';
+  if (form.weekendsBefore.disabled) form.weekendsBefore.checked = false;
+}
+
 // The form takes the schedule's recurrence and entry fields, to change them.
 function startEditing(schedule) {
   editing = schedule;
@@ -53,6 +64,7 @@ function startEditing(schedule) {
   form.elements.until.value = r.until ?? '';
   form.elements.times.value = r.times || '';
   form.elements.weekendsBefore.checked = r.weekendsBefore;
+  fitUnit();
   for (const key of ['toFrom', 'description', 'category']) form.elements[key].value = schedule[key];
   form.elements.category.disabled = schedule.splits.length > 0;
   form.elements.amount.value = schedule.amount.toFixed(2);
@@ -68,6 +80,7 @@ function stopEditing() {
   form.reset();
   form.elements.start.value = state.today;
   form.elements.category.disabled = false;
+  fitUnit();
   $('#schedule-form-title').textContent = 'A new schedule';
   form.querySelector('button[type=submit]').textContent = 'Add';
   $('#schedule-cancel').hidden = true;
@@ -87,7 +100,7 @@ async function saveSchedule(event) {
     say('"Times" is a whole number, or empty for no end.', true);
     return;
   }
-  const body = { account: state.account, every, unit: data.unit, on: data.on, start: data.start,
+  const body = { account: state.account, every, unit: data.unit, on: data.on ?? '', start: data.start,
                  until: data.until || null, times, weekendsBefore: form.elements.weekendsBefore.checked,
                  toFrom: data.toFrom, description: data.description, amount: data.amount };
   if (!form.elements.category.disabled) body.category = data.category;
@@ -107,6 +120,7 @@ async function saveSchedule(event) {
 export function setUpSchedules() {
   $('#schedule-form').addEventListener('submit', saveSchedule);
   $('#schedule-cancel').addEventListener('click', stopEditing);
+  $('#schedule-form [name=unit]').addEventListener('change', fitUnit);
   $('#schedule-form [name=start]').value = state.today;
   document.addEventListener('account-shown', () => {
     stopEditing();
