@@ -13,6 +13,7 @@
 #include "app/render/AmountText.h"
 #include "app/render/EntryOutput.h"
 #include "app/render/Json.h"
+#include "app/render/ScheduleOutput.h"
 #include "app/render/Table.h"
 #include "folvant/book/Book.h"
 #include "folvant/book/Schedules.h"
@@ -31,10 +32,6 @@ std::string DateOrDash(const std::optional<std::int32_t>& date) {
   return date ? FormatIsoDate(*date) : "-";
 }
 
-render::Json DateOrNull(const std::optional<std::int32_t>& date) {
-  return date ? render::Json(FormatIsoDate(*date)) : render::Json(nullptr);
-}
-
 void Write(Context& context, const std::string& text) {
   context.out.write(text.data(), static_cast<std::streamsize>(text.size()));
 }
@@ -51,30 +48,7 @@ void PrintListJson(Context& context, const ScheduleListing& listing) {
   using render::Json;
   using render::JsonText;
   Json schedules = Json::array();
-  for (const ScheduleRow& row : listing.rows) {
-    Json s = Json::object();
-    s["number"] = row.number;
-    s["start"] = FormatIsoDate(row.start);
-    s["next"] = DateOrNull(row.next);
-    s["rule"] = row.rule;
-    s["repeatIntervalType"] = row.kind;
-    s["repeatInterval"] = row.interval;
-    s["repeatUntilType"] = row.untilType;
-    s["repeatUntil"] = row.until;
-    s["usePrecedingFriday"] = row.weekendsBefore;
-    s["committed"] = row.committed;
-    s["check"] = row.check;
-    s["type"] = JsonText(row.type);
-    s["category"] = JsonText(row.category);
-    s["toFrom"] = JsonText(row.toFrom);
-    s["description"] = JsonText(row.description);
-    s["notes"] = JsonText(row.notes);
-    s["amount"] = render::JsonAmount(row.amount);
-    s["taxDeductible"] = row.taxDeductible;
-    s["splits"] = render::SplitsJson(row.splits);
-    s["transferTo"] = row.transferTo.empty() ? Json(nullptr) : JsonText(row.transferTo);
-    schedules.push_back(std::move(s));
-  }
+  for (const ScheduleRow& row : listing.rows) schedules.push_back(render::ScheduleRowJson(row));
   Json document = Json::object();
   document["account"] = JsonText(listing.account->GetName());
   document["schedules"] = std::move(schedules);
@@ -125,20 +99,7 @@ void PrintDueJson(Context& context, std::int32_t date, const std::vector<DueOccu
   using render::Json;
   using render::JsonText;
   Json rows = Json::array();
-  for (const DueOccurrence& d : due) {
-    Json row = Json::object();
-    row["account"] = JsonText(d.account->GetName());
-    row["schedule"] = d.schedule;
-    row["date"] = FormatIsoDate(d.date);
-    row["check"] = d.check;
-    row["type"] = JsonText(d.type);
-    row["category"] = JsonText(d.category);
-    row["toFrom"] = JsonText(d.toFrom);
-    row["description"] = JsonText(d.description);
-    row["amount"] = render::JsonAmount(d.amount);
-    row["transferTo"] = d.transferTo.empty() ? Json(nullptr) : JsonText(d.transferTo);
-    rows.push_back(std::move(row));
-  }
+  for (const DueOccurrence& d : due) rows.push_back(render::DueOccurrenceJson(d));
   Json document = Json::object();
   document["date"] = FormatIsoDate(date);
   document["due"] = std::move(rows);
@@ -201,17 +162,7 @@ int Enter(Context& context, const EnterOptions& options) {
       [&](Book& book) { return EnterOccurrence(book, options.account, options.number, date); },
       [&](const EnteredOccurrence& e) {
         if (options.json) {
-          render::Json document = render::Json::object();
-          document["account"] = render::JsonText(e.account->GetName());
-          document["schedule"] = e.schedule;
-          document["entry"] = e.entry;
-          document["checkNumber"] = e.checkNumber ? render::Json(*e.checkNumber) : nullptr;
-          document["date"] = FormatIsoDate(e.date);
-          document["amount"] = render::JsonAmount(e.amount);
-          document["toFrom"] = render::JsonText(e.toFrom);
-          document["next"] = DateOrNull(e.next);
-          document["linked"] = render::LinkedJson(e.linked);
-          render::WriteJson(context.out, document);
+          render::WriteJson(context.out, render::EnteredOccurrenceJson(e));
           return;
         }
         std::ostringstream out;
@@ -235,12 +186,7 @@ int Enter(Context& context, const EnterOptions& options) {
 void PrintScheduleChange(Context& context, const ScheduleChange& change, const char* verb,
                          bool json) {
   if (json) {
-    render::Json document = render::Json::object();
-    document["account"] = render::JsonText(change.account->GetName());
-    document["number"] = change.number;
-    document["rule"] = change.rule;
-    document["next"] = DateOrNull(change.next);
-    render::WriteJson(context.out, document);
+    render::WriteJson(context.out, render::ScheduleChangeJson(change));
     return;
   }
   context.out << verb << " schedule " << change.number << " of \"" << change.account->GetName()
@@ -287,15 +233,15 @@ struct ScheduleOptions {
 void AddScheduleOptions(CLI::App* command, ScheduleOptions& o, bool edit) {
   command->add_option("ACCOUNT", o.account, "Name or number of the account")->required();
   if (edit) command->add_option("NUMBER", o.number, "Number of the schedule")->required();
-  o.everyOption = command->add_option("--every", o.every, "[N] day|week|month|quarter|year")
-                      ->expected(1, 2);
+  o.everyOption =
+      command->add_option("--every", o.every, "[N] day|week|month|quarter|year")->expected(1, 2);
   auto* once = command->add_flag("--once", o.once, "A single occurrence on the start day");
   once->excludes(o.everyOption);
   o.onOption = command->add_option("--on", o.on,
                                    "Weekday (week), day of the month or \"last\" (month, "
                                    "quarter), MM-DD (year); the start moves to the first such day");
-  o.startOption = command->add_option("--start", o.start, "First possible day (YYYY-MM-DD)")
-                      ->check(IsoDate());
+  o.startOption =
+      command->add_option("--start", o.start, "First possible day (YYYY-MM-DD)")->check(IsoDate());
   o.untilOption =
       command->add_option("--until", o.until, "Last possible day (YYYY-MM-DD)")->check(IsoDate());
   o.timesOption = command->add_option("--times", o.times, "Number of occurrences in all")

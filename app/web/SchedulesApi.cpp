@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "app/render/EntryOutput.h"
+#include "app/render/ScheduleOutput.h"
 #include "app/web/ApiSupport.h"
 #include "folvant/book/Schedules.h"
 #include "folvant/model/ZELMAccount.h"
@@ -14,8 +14,8 @@
 namespace folvant::app::web {
 namespace {
 
-const char* const kRecurrenceKeys[] = {"every", "unit", "on", "start", "until", "times",
-                                       "weekendsBefore"};
+const char* const kRecurrenceKeys[] = {"every", "unit",          "on", "start", "until",
+                                       "times", "weekendsBefore"};
 
 // Sets the parts of a recurrence the body gives: {every, unit, on, start, until, times,
 // weekendsBefore}; a null or empty "until" takes the last day away.
@@ -29,67 +29,27 @@ void ReadRecurrence(Fields& fields, const Json& body, Recurrence& r) {
   if (const auto weekends = fields.Flag("weekendsBefore")) r.weekendsBefore = *weekends;
 }
 
-Json DateOrNull(const std::optional<std::int32_t>& date) {
-  return date ? Json(platform::FormatIsoDate(*date)) : Json(nullptr);
-}
-
-Json ScheduleChangeJson(const ScheduleChange& change) {
-  return Json{{"account", JsonText(change.account->GetName())},
-              {"number", change.number},
-              {"rule", JsonText(change.rule)},
-              {"next", DateOrNull(change.next)}};
-}
-
 }  // namespace
 
 void Api::RegisterSchedules(httplib::Server& server) {
   // The account's schedules and what of them is due by today.
-  server.Get(
-      "/api/schedules",
-      Read([](Book& book, const Request& request, Refusal& refusal) -> std::optional<Json> {
-        const std::string account = request.get_param_value("account");
-        auto listing = ListSchedules(book, account);
-        if (!listing) return refusal = RefusalOf(listing.error()), std::nullopt;
-        auto due = DueOccurrences(book, account, platform::Today());
-        if (!due) return refusal = RefusalOf(due.error()), std::nullopt;
-        Json schedules = Json::array();
-        for (const ScheduleRow& row : listing->rows) {
-          schedules.push_back(Json{
-              {"number", row.number},
-              {"rule", JsonText(row.rule)},
-              {"next", DateOrNull(row.next)},
-              {"recurrence", Json{{"every", row.recurrence.every},
-                                  {"unit", JsonText(row.recurrence.unit)},
-                                  {"on", JsonText(row.recurrence.on)},
-                                  {"start", platform::FormatIsoDate(row.recurrence.start)},
-                                  {"until", DateOrNull(row.recurrence.until)},
-                                  {"times", row.recurrence.times},
-                                  {"weekendsBefore", row.recurrence.weekendsBefore}}},
-              {"check", row.check},
-              {"type", JsonText(row.type)},
-              {"toFrom", JsonText(row.toFrom)},
-              {"description", JsonText(row.description)},
-              {"category", JsonText(row.category)},
-              {"notes", JsonText(row.notes)},
-              {"taxDeductible", row.taxDeductible},
-              {"splits", render::SplitsJson(row.splits)},
-              {"amount", JsonAmount(row.amount)},
-              {"transferTo", row.transferTo.empty() ? Json(nullptr) : JsonText(row.transferTo)}});
-        }
-        Json occurrences = Json::array();
-        for (const DueOccurrence& o : *due) {
-          occurrences.push_back(
-              Json{{"schedule", o.schedule},
-                   {"date", platform::FormatIsoDate(o.date)},
-                   {"toFrom", JsonText(o.toFrom)},
-                   {"description", JsonText(o.description)},
-                   {"amount", JsonAmount(o.amount)},
-                   {"transferTo", o.transferTo.empty() ? Json(nullptr) : JsonText(o.transferTo)}});
-        }
-        return Json{{"account", JsonText(listing->account->GetName())},
-                    {"schedules", std::move(schedules)},
-                    {"due", std::move(occurrences)}};
-      }));
+  server.Get("/api/schedules",
+             Read([](Book& book, const Request& request, Refusal& refusal) -> std::optional<Json> {
+               const std::string account = request.get_param_value("account");
+               auto listing = ListSchedules(book, account);
+               if (!listing) return refusal = RefusalOf(listing.error()), std::nullopt;
+               auto due = DueOccurrences(book, account, platform::Today());
+               if (!due) return refusal = RefusalOf(due.error()), std::nullopt;
+               Json schedules = Json::array();
+               for (const ScheduleRow& row : listing->rows)
+                 schedules.push_back(render::ScheduleRowJson(row));
+               Json occurrences = Json::array();
+               for (const DueOccurrence& o : *due)
+                 occurrences.push_back(render::DueOccurrenceJson(o));
+               return Json{{"account", JsonText(listing->account->GetName())},
+                           {"schedules", std::move(schedules)},
+                           {"due", std::move(occurrences)}};
+             }));
 
   server.Post("/api/schedules/enter",
               Change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
@@ -100,12 +60,7 @@ void Api::RegisterSchedules(httplib::Server& server) {
                 if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
                 auto entered = EnterOccurrence(book, *account, *number, date);
                 if (!entered) return refusal = RefusalOf(entered.error()), std::nullopt;
-                return Json{{"account", JsonText(entered->account->GetName())},
-                            {"schedule", entered->schedule},
-                            {"entry", entered->entry},
-                            {"date", platform::FormatIsoDate(entered->date)},
-                            {"amount", JsonAmount(entered->amount)},
-                            {"linked", render::LinkedJson(entered->linked)}};
+                return render::EnteredOccurrenceJson(*entered);
               }));
 
   // A schedule in words: {account, every, unit, on, start, until, times, weekendsBefore,
@@ -128,7 +83,7 @@ void Api::RegisterSchedules(httplib::Server& server) {
                 if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
                 auto added = AddSchedule(book, *account, recurrence, entry);
                 if (!added) return refusal = RefusalOf(added.error()), std::nullopt;
-                return ScheduleChangeJson(*added);
+                return render::ScheduleChangeJson(*added);
               }));
 
   // Changes a schedule: {account, number} and what changes, as adding takes it; the recurrence
@@ -154,7 +109,7 @@ void Api::RegisterSchedules(httplib::Server& server) {
                 if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
                 auto edited = EditSchedule(book, *account, *number, recurrence, entry);
                 if (!edited) return refusal = RefusalOf(edited.error()), std::nullopt;
-                return ScheduleChangeJson(*edited);
+                return render::ScheduleChangeJson(*edited);
               }));
 
   server.Post("/api/schedules/remove",
