@@ -79,6 +79,24 @@ void Api::RegisterAccounts(httplib::Server& server) {
                             {"startingCheck", edited->startingCheck},
                             {"notes", JsonText(edited->notes)}};
               }));
+
+  // Takes an account out of the book: {account, unlink}. Its file is kept beside the book under
+  // another name; with unlink, transfers in other accounts that name it stay as plain entries.
+  server.Post("/api/accounts/remove",
+              Change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
+                Fields fields(body);
+                const std::optional<std::string> account = fields.Text("account", true);
+                const bool unlink = fields.Flag("unlink").value_or(false);
+                if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
+                auto removed = RemoveAccount(book, *account, unlink);
+                if (!removed) return refusal = RefusalOf(removed.error()), std::nullopt;
+                Json in = Json::array();
+                for (const std::string& name : removed->in) in.push_back(JsonText(name));
+                return Json{{"name", JsonText(removed->name)},
+                            {"keptAs", JsonText(removed->keptAs)},
+                            {"unlinked", removed->unlinked},
+                            {"in", std::move(in)}};
+              }));
 }
 
 }  // namespace folvant::app::web

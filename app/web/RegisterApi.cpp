@@ -46,8 +46,9 @@ Json RowJson(const RegisterRow& row) {
 
 void Api::RegisterEntries(httplib::Server& server) {
   // A range of the register's rows: ?account=NAME&offset=N&limit=M (at most 1,000 rows); with
-  // &tail=1 the last range whose offset is a multiple of the limit, so that the page that opens
-  // on the newest entries needs one call.
+  // &tail=1 the rows from the last offset that is a multiple of the limit and leaves at least
+  // the limit's rows to the end, through the end (up to twice the limit), so that the page that
+  // opens on the newest entries needs one call even when the last range holds a few rows.
   server.Get("/api/register",
              Read([](Book& book, const Request& request, Refusal& refusal) -> std::optional<Json> {
                if (!request.has_param("account"))
@@ -69,11 +70,12 @@ void Api::RegisterEntries(httplib::Server& server) {
                if (!view) return refusal = RefusalOf(view.error()), std::nullopt;
                Json rows = Json::array();
                std::size_t first = std::min(*offset, view->size());
-               if (request.get_param_value("tail") == "1" && *limit > 0 && view->size() > 0) {
-                 first = (view->size() - 1) / *limit * *limit;
+               std::size_t count = std::min<std::size_t>(*limit, 1000);
+               if (request.get_param_value("tail") == "1" && count > 0) {
+                 first = view->size() > count ? (view->size() - count) / count * count : 0;
+                 count *= 2;
                }
-               const std::size_t last =
-                   std::min(view->size(), first + std::min<std::size_t>(*limit, 1000));
+               const std::size_t last = std::min(view->size(), first + count);
                for (std::size_t i = first; i < last; ++i) rows.push_back(RowJson(view->row(i)));
                Json folders = Json::array(), smartFolders = Json::array();
                for (const auto& folder : view->account->folders()) {

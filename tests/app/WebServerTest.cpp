@@ -192,6 +192,14 @@ TEST_F(WebServerTest, TheCallsOfTheRegisterPage) {
   EXPECT_EQ(page["rows"].size(), 3u);
   EXPECT_EQ(page["offset"], 195);
   const double balance = page["balances"]["current"];
+  // The newest rows in one call: from a multiple of the limit, at least a limit's worth.
+  auto [tailStatus, tail] = Get("/api/register?account=Checking&limit=50&tail=1");
+  ASSERT_EQ(tailStatus, 200);
+  const std::size_t tailOffset = tail["offset"];
+  EXPECT_EQ(tailOffset % 50, 0u);
+  EXPECT_EQ(tailOffset + tail["rows"].size(), total);
+  EXPECT_GE(tail["rows"].size(), 50u);
+  EXPECT_LT(tail["rows"].size(), 100u);
 
   // A check with the keyboard's fields; its payee fills in the rest from an earlier entry.
   auto [added, entry] = Post("/api/entries", R"({"account": "Checking", "date": "2026-07-14",
@@ -421,6 +429,17 @@ TEST_F(WebServerTest, FilterSortExportAndNewAccounts) {
   ASSERT_EQ(edited, 200) << changed.dump();
   EXPECT_DOUBLE_EQ(Balance("Wallet"), 50.0);
   EXPECT_EQ(Post("/api/accounts/edit", R"({"account": "Wallet", "name": "Checking"})").first, 409);
+
+  // Removed: refused while other accounts hold transfers to it, unless they are unlinked.
+  const std::size_t accounts = Get("/api/accounts").second["accounts"].size();
+  const auto [refused, why] = Post("/api/accounts/remove", R"({"account": "Savings"})");
+  EXPECT_GE(refused, 400) << why.dump();
+  auto [removed, removal] = Post("/api/accounts/remove", R"({"account": "Savings", "unlink": true})");
+  ASSERT_EQ(removed, 200) << removal.dump();
+  EXPECT_GT(removal["unlinked"], 0);
+  EXPECT_EQ(removal["in"], Json::array({"Checking"}));
+  EXPECT_EQ(Get("/api/accounts").second["accounts"].size(), accounts - 1);
+  EXPECT_EQ(Post("/api/accounts/remove", R"({"account": "Savings"})").first, 404);
 }
 
 // A locked account shows nothing until its password is given, and only to the session that

@@ -113,6 +113,21 @@ async function editAccount(event) {
   });
 }
 
+// Takes the shown account out of the book; its file stays beside the book under another name.
+async function removeAccount() {
+  const name = state.account;
+  if (!confirm(`Remove "${name}" from the book? Its file is kept beside the book under another ` +
+               'name; transfers in other accounts stay there as plain entries.')) return;
+  await attempt(async () => {
+    const removed = await call('/api/accounts/remove', { account: name, unlink: true });
+    state.account = null;
+    await loadAccounts();
+    const first = state.accounts.find((a) => !a.problem && !a.locked);
+    if (first) await showAccount(first.name);
+    say(`Removed "${removed.name}"; its file is kept as ${removed.keptAs}.`);
+  });
+}
+
 async function addAccount(event) {
   event.preventDefault();
   const data = formData(event.target);
@@ -147,6 +162,7 @@ async function transfer(event) {
 export function setUpAccounts() {
   $('#account-form').addEventListener('submit', addAccount);
   $('#edit-account-form').addEventListener('submit', editAccount);
+  $('#remove-account').addEventListener('click', removeAccount);
   $('#transfer-form').addEventListener('submit', transfer);
   $('#menu').addEventListener('click', () => {
     const open = $('#accounts').classList.toggle('open');

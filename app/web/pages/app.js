@@ -39,6 +39,10 @@ async function poll() {
 }
 
 async function start() {
+  // The account list is asked for at once, beside the book's status: the first screen waits
+  // for both.
+  const accounts = loadAccounts();
+  accounts.catch(() => {});  // reported below
   const status = await call('/api/status').catch(() => ({}));
   state.today = status.today || new Date().toISOString().slice(0, 10);
   reload.accounts = loadAccounts;
@@ -54,7 +58,7 @@ async function start() {
     tab.addEventListener('click', () => showView(tab.dataset.view));
   });
   await attempt(async () => {
-    await loadAccounts();
+    await accounts;
     const first = state.accounts.find((a) => !a.problem && !a.locked);
     if (first) await showAccount(first.name);
     poll();

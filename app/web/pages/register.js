@@ -117,13 +117,16 @@ export async function refreshRegister(toBottom) {
   const keepBottom = toBottom || rows.scrollTop + rows.clientHeight >= rows.scrollHeight - 2;
   const fresh = new Map();
   if (keepBottom) {
-    // The newest entries and the register's size in one call.
+    // The newest entries and the register's size in one call: a last page of a few rows comes
+    // with the page above it.
     const query = registerQuery(account, 0);
     query.set('tail', '1');
     const data = await call(`/api/register?${query}`);
     if (account !== state.account) return;
     applyTotals(data);
-    fresh.set(Math.floor(data.offset / PAGE), data.rows);
+    for (let at = 0; at < data.rows.length; at += PAGE) {
+      fresh.set(Math.floor((data.offset + at) / PAGE), data.rows.slice(at, at + PAGE));
+    }
     rows.scrollTop = rows.scrollHeight;
   } else {
     const head = await call(`/api/register?${registerQuery(account, 0, 0)}`);
