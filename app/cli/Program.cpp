@@ -113,12 +113,16 @@ int RunFolvant(int argc, const char* const* argv, std::ostream& out, std::ostrea
   CLI::App* help = app.add_subcommand("help", "Show the commands and their options");
   RegisterCommands(app, context, actions);
   // Any command may meet a locked account, so every one takes the option, before or after its
-  // words.
+  // words; so does the book's folder (`folvant serve --book DIR`).
   const char* kPasswordStdin = "Read the password of a locked account from standard input";
+  const char* kBook = "Folder of the book (default: $FOLVANT_BOOK)";
   app.add_flag("--password-stdin", context.passwordStdin, kPasswordStdin);
   for (auto& [command, action] : actions) {
     if (command->get_option_no_throw("--password-stdin") == nullptr) {
       command->add_flag("--password-stdin", context.passwordStdin, kPasswordStdin);
+    }
+    if (command->get_option_no_throw("--book") == nullptr) {
+      command->add_option("--book", context.book, kBook);
     }
   }
 

@@ -26,7 +26,7 @@ let scratch, server, browser, page, address;
 // Starts the server on a copy of the sample book and reads the address it prints.
 function serve(book) {
   return new Promise((resolve, reject) => {
-    const child = spawn(binary, ['--book', book, 'serve', '--port', '0'], {
+    const child = spawn(binary, ['serve', '--book', book, '--port', '0'], {
       env: { ...process.env, TZ: 'America/New_York', FOLVANT_TODAY: '2026-07-15' },
       stdio: ['ignore', 'pipe', 'inherit'],
     });
