@@ -350,3 +350,30 @@ test("a summary's options are saved as a new summary, shown, and removed", () =>
     await page.waitForFunction(() => ![...document.querySelectorAll('#summary-form [name=name] option')]
       .some((o) => o.value === 'Fuel only'));
   }));
+
+test('the register is worked by keyboard: arrows move, Enter changes, Space resolves', () =>
+  step('keyboard', async () => {
+    await page.click('.views [data-view=register-view]');
+    await page.click('.account[data-name="Checking"]');
+    await page.waitForSelector('.rows .row:not(.loading)');
+    await page.focus('#rows');
+    await page.waitForSelector('#current-row');
+    await page.keyboard.press('ArrowUp');
+    const current = () => page.$eval('#current-row', (r) => ({
+      toFrom: r.querySelector('.tofrom').textContent,
+      resolved: r.querySelector('button.resolved').getAttribute('aria-pressed'),
+      index: Number(r.getAttribute('aria-rowindex')),
+    }));
+    const before = await current();
+    assert.equal(await page.evaluate(() => document.activeElement.id), 'current-row');
+    await page.keyboard.press(' ');
+    await page.waitForFunction((was) => document.querySelector('#current-row button.resolved')
+      ?.getAttribute('aria-pressed') !== was, {}, before.resolved);
+    assert.equal((await current()).index, before.index, 'the keyboard stays on its row');
+    await page.keyboard.press('Enter');
+    await page.waitForFunction((name) =>
+      document.querySelector('#new-entry [name=toFrom]').value === name &&
+      document.querySelector('#new-entry button[type=submit]').textContent === 'Save', {}, before.toFrom);
+    await page.keyboard.press('Escape');
+    assert.equal(await text('#new-entry button[type=submit]'), 'Add');
+  }));

@@ -12,6 +12,7 @@ export const state = {
   pending: new Set(),  // pages being fetched
   generation: 0,       // counts fetches of the whole register, so late pages are dropped
   editing: null,       // the number of the entry being changed in the entry row
+  cursor: null,        // the index of the row the keyboard is on
   splits: null,        // the line items given for the entry row, if any
   version: null,
   currency: '',

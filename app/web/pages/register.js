@@ -8,6 +8,7 @@ import { loadLists, startEditing, stopEditing } from './entry.js';
 export async function showAccount(name) {
   if (state.editing !== null) stopEditing();
   state.account = name;
+  state.cursor = null;
   state.generation++;
   state.pages = new Map();
   state.pending = new Set();
@@ -160,17 +161,16 @@ export function drawRows() {
     if (page * PAGE < state.total) fetchPage(page);
   }
   const drawn = [];
-  for (let i = first; i < last; i++) {
-    const page = state.pages.get(Math.floor(i / PAGE));
-    drawn.push(rowElement(page ? page[i % PAGE] : null, i));
-  }
+  for (let i = first; i < last; i++) drawn.push(rowElement(rowAt(i), i));
+  const focused = document.activeElement?.id === 'current-row';
   $('#rows-space').replaceChildren(...drawn);
+  if (focused) $('#current-row')?.focus({ preventScroll: true });
 }
 
 function cell(className, text, label) {
   const span = document.createElement('span');
   span.className = className;
-  span.setAttribute('role', 'cell');
+  span.setAttribute('role', 'gridcell');
   span.textContent = text;
   if (label) span.title = label;
   return span;
@@ -197,6 +197,11 @@ function rowElement(row, index) {
   }
   if (row.void) element.classList.add('void');
   if (row.number === state.editing) element.classList.add('editing');
+  if (index === state.cursor) {
+    element.classList.add('current');
+    element.id = 'current-row';
+    element.tabIndex = -1;  // focused while the keyboard is on it
+  }
   element.addEventListener('dblclick', () => startEditing(row));
   const entry = { account: state.account, number: row.number };
   const resolved = button(row.resolved ? '✓' : '', () => change('/api/entries/resolve',
@@ -205,9 +210,7 @@ function rowElement(row, index) {
   resolved.setAttribute('aria-pressed', String(row.resolved));
   resolved.setAttribute('aria-label', row.resolved ? 'Resolved; mark unresolved' : 'Mark resolved');
   resolved.disabled = row.number === null;
-  const actions = document.createElement('span');
-  actions.className = 'actions';
-  actions.setAttribute('role', 'cell');
+  const actions = cell('actions', '');
   if (row.number !== null) {
     actions.append(
       button(row.void ? 'Unvoid' : 'Void',
@@ -237,6 +240,53 @@ async function change(path, body) {
   });
 }
 
+// The row the keyboard is on: the rows' area keeps it, moved by the arrow keys.
+function rowAt(index) {
+  const page = state.pages.get(Math.floor(index / PAGE));
+  return page ? page[index % PAGE] : null;
+}
+
+function moveCursor(index) {
+  if (state.total === 0) return;
+  state.cursor = Math.max(0, Math.min(state.total - 1, index));
+  const rows = $('#rows');
+  const top = state.cursor * ROW_HEIGHT;
+  if (top < rows.scrollTop) rows.scrollTop = top;
+  if (top + ROW_HEIGHT > rows.scrollTop + rows.clientHeight) {
+    rows.scrollTop = top + ROW_HEIGHT - rows.clientHeight;
+  }
+  drawRows();
+  $('#current-row')?.focus({ preventScroll: true });
+}
+
+// Arrows, Page Up/Down, Home and End move between entries; Enter changes the entry, Space
+// resolves it or takes the mark away, Delete deletes it.
+function registerKeys(event) {
+  if (event.target.closest('button')) return;  // a row's buttons take their own keys
+  const rows = $('#rows');
+  const screen = Math.max(1, Math.floor(rows.clientHeight / ROW_HEIGHT) - 1);
+  const cursor = state.cursor ?? state.total;
+  const moves = { ArrowDown: cursor + 1, ArrowUp: cursor - 1, PageDown: cursor + screen,
+                  PageUp: cursor - screen, Home: 0, End: state.total - 1 };
+  if (event.key in moves) {
+    event.preventDefault();
+    moveCursor(moves[event.key]);
+    return;
+  }
+  const row = state.cursor === null ? null : rowAt(state.cursor);
+  if (!row || row.number === null) return;
+  const entry = { account: state.account, number: row.number };
+  if (event.key === 'Enter') {
+    event.preventDefault();
+    startEditing(row);
+  } else if (event.key === ' ') {
+    event.preventDefault();
+    change('/api/entries/resolve', { account: state.account, numbers: [row.number], resolved: !row.resolved });
+  } else if (event.key === 'Delete' && confirm(`Delete entry ${row.number}?`)) {
+    change('/api/entries/delete', entry);
+  }
+}
+
 export function setUpRegister() {
   reload.register = refreshRegister;
   const tools = $('#register-tools');
@@ -258,5 +308,13 @@ export function setUpRegister() {
     tools.elements[name].addEventListener('change', () => refreshRegister(!tools.elements.descending.checked));
   }
   $('#rows').addEventListener('scroll', () => requestAnimationFrame(drawRows));
+  $('#rows').addEventListener('keydown', registerKeys);
+  // Tabbing into the rows puts the keyboard on the newest entry shown (or the one it was on).
+  $('#rows').addEventListener('focus', (event) => {
+    if (event.target !== $('#rows') || state.total === 0) return;
+    const rows = $('#rows');
+    const lastShown = Math.floor((rows.scrollTop + rows.clientHeight) / ROW_HEIGHT) - 1;
+    moveCursor(state.cursor ?? lastShown);
+  });
   window.addEventListener('resize', () => requestAnimationFrame(drawRows));
 }
