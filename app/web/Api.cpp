@@ -41,10 +41,16 @@ void AskWith(Book& book, std::map<std::string, std::string> passwords) {
 }  // namespace
 
 BookResult<std::unique_ptr<Book>> Api::OpenForChange(const std::string& session) {
-  Forget();  // before the book's lock is taken: a reading may be waiting for its turn
+  // The server's readings wait while a change takes the book's lock: readings one after the
+  // other would otherwise hold the book's shared lock nearly all the time, and the change
+  // would seldom find it free.
+  std::unique_lock turn(reading_);
+  cached_.reset();
+  ownBook_.reset();
   Book::OpenOptions options;
   options.access = Book::Access::kWrite;
   auto book = Book::Open(book_, options);
+  turn.unlock();
   if (book) AskWith(**book, Passwords(session));
   return book;
 }
@@ -82,12 +88,6 @@ BookResult<Api::Reading> Api::ReadBook(const std::string& session) {
   }
   reading.book = cached_.get();
   return reading;
-}
-
-void Api::Forget() {
-  std::lock_guard lock(reading_);
-  cached_.reset();
-  ownBook_.reset();
 }
 
 std::string Api::Version() const {

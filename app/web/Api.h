@@ -54,7 +54,6 @@ class Api {
   BookResult<std::unique_ptr<Book>> OpenForChange(const std::string& session);
   // The passwords a session gave, by account name.
   std::map<std::string, std::string> Passwords(const std::string& session);
-  void Forget();
 
   // The handlers of each page, each in a file of its own.
   void RegisterAccounts(httplib::Server& server);
