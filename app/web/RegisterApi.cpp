@@ -5,6 +5,7 @@
 #include "app/web/ApiSupport.h"
 #include "folvant/book/Entries.h"
 #include "folvant/book/RegisterView.h"
+#include "folvant/book/Types.h"
 #include "folvant/filters/FilterCodes.h"
 #include "folvant/filters/ZELMFilter.h"
 #include "folvant/model/ZELMAccount.h"
@@ -174,6 +175,21 @@ void Api::RegisterEntries(httplib::Server& server) {
                Json list = Json::array();
                for (const std::string& name : names) list.push_back(JsonText(name));
                return Json{{"categories", std::move(list)}};
+             }));
+
+  // The account's entry types: ?account=NAME.
+  server.Get("/api/types",
+             Read([](Book& book, const Request& request, Refusal& refusal) -> std::optional<Json> {
+               auto listing = ListTypes(book, request.get_param_value("account"));
+               if (!listing) return refusal = RefusalOf(listing.error()), std::nullopt;
+               Json types = Json::array();
+               for (const TypeLine& t : listing->types) {
+                 types.push_back(Json{{"name", JsonText(t.name)},
+                                      {"check", t.isCheck},
+                                      {"deposit", t.isDeposit},
+                                      {"default", t.isDefault}});
+               }
+               return Json{{"account", JsonText(listing->account)}, {"types", std::move(types)}};
              }));
 
   // One entry with all its fields and line items: ?account=NAME&number=N.

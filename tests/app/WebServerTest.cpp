@@ -262,6 +262,12 @@ TEST_F(WebServerTest, TheCallsOfTheRegisterPage) {
   auto [suggested, suggestions] = Get("/api/suggest?account=Checking&which=to&prefix=Saf");
   EXPECT_EQ(suggested, 200);
   EXPECT_EQ(suggestions["suggestions"], Json::array({"Safeway"}));
+  auto [typed, types] = Get("/api/types?account=Checking");
+  ASSERT_EQ(typed, 200);
+  EXPECT_TRUE(std::any_of(types["types"].begin(), types["types"].end(), [](const Json& t) {
+    return t["check"] == true && t["deposit"] == false;
+  })) << types.dump();
+  EXPECT_EQ(Get("/api/types?account=Nowhere").first, 404);
   auto [listed, categories] = Get("/api/categories");
   EXPECT_EQ(listed, 200);
   EXPECT_GT(categories["categories"].size(), 5u);

@@ -2,7 +2,9 @@
 // add a check with the keyboard, make a transfer, see a change made elsewhere, show a summary
 // with its chart, import a bank's OFX file, reconcile to a zero difference, enter what a
 // schedule has due, change an entry in place, search the register, open a locked account,
-// enter an entry of line items. A failing test leaves a screenshot in
+// enter and change an entry of line items, change a schedule in words, keep a summary of one's
+// own, work the register by keyboard, give an entry notes and a tax-deductible mark. A failing
+// test leaves a screenshot in
 // $FOLVANT_SCREENSHOTS (default: the system's temporary folder).
 //
 //   FOLVANT_BINARY=build/dev/folvant node --test tests/web/
@@ -376,4 +378,38 @@ test('the register is worked by keyboard: arrows move, Enter changes, Space reso
       document.querySelector('#new-entry button[type=submit]').textContent === 'Save', {}, before.toFrom);
     await page.keyboard.press('Escape');
     assert.equal(await text('#new-entry button[type=submit]'), 'Add');
+  }));
+
+test('an entry takes a type, notes and a tax-deductible mark from the More form', () =>
+  step('details', async () => {
+    await page.$eval('#register-tools [name=search]', (e) => {
+      e.value = 'Pharmacy';
+      e.dispatchEvent(new Event('input'));
+    });
+    await page.$eval('#new-entry [name=toFrom]', (e) => { e.value = 'Pharmacy'; });
+    await page.$eval('#new-entry [name=amount]', (e) => { e.value = '-18.20'; });
+    await page.click('#details-open');
+    await page.waitForSelector('#details-dialog[open]');
+    await page.type('#details-form [name=notes]', 'prescription');
+    await page.click('#details-form [name=taxDeductible]');
+    await page.click('#details-form button[type=submit]');
+    assert.equal(await text('#details-open'), 'More ✓');
+    await page.click('#new-entry button[type=submit]');
+    await page.waitForFunction(
+      () => document.querySelector('#message').textContent.startsWith('Added entry'));
+    assert.equal(await text('#details-open'), 'More…');
+    await page.select('#register-tools [name=taxDeductible]', 'only');
+    await page.waitForFunction(() => {
+      const rows = [...document.querySelectorAll('.rows .row:not(.loading)')];
+      return rows.length === 1 && rows[0].querySelector('.tofrom').textContent === 'Pharmacy';
+    });
+    const row = await page.$('.rows .row:not(.loading)');
+    await row.evaluate((r) => r.dispatchEvent(new MouseEvent('dblclick', { bubbles: true })));
+    await page.click('#details-open');
+    await page.waitForFunction(() => document.querySelector('#details-form [name=notes]').value === 'prescription');
+    assert.ok(await page.$eval('#details-form [name=taxDeductible]', (e) => e.checked));
+    await page.click('#details-cancel');
+    await page.focus('#new-entry [name=toFrom]');
+    await page.keyboard.press('Escape');
+    await page.select('#register-tools [name=taxDeductible]', 'all');
   }));

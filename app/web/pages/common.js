@@ -14,6 +14,7 @@ export const state = {
   editing: null,       // the number of the entry being changed in the entry row
   cursor: null,        // the index of the row the keyboard is on
   splits: null,        // the line items given for the entry row, if any
+  details: null,       // the type, notes and tax-deductible mark given for it, if any
   version: null,
   currency: '',
   today: '',

@@ -16,6 +16,8 @@ export async function loadLists() {
     fill('#tofrom-list', [...new Set([...to.suggestions, ...from.suggestions])]);
     fill('#description-list', description.suggestions);
     fill('#category-list', categories.categories);
+    const { types } = await call(`/api/types?${new URLSearchParams({ account: state.account })}`);
+    fill('#type-list', [...new Set(types.map((t) => t.name))]);
   });
 }
 
@@ -38,8 +40,12 @@ export async function startEditing(row) {
   form.elements.toFrom.focus();
   const { entry } = await call(`/api/entry?${new URLSearchParams({ account: state.account, number: row.number })}`)
     .catch(() => ({ entry: { splits: [] } }));
-  if (state.editing === row.number && entry.splits.length) {
+  if (state.editing !== row.number) return;
+  if (entry.splits.length) {
     useLines(entry.splits.map((line) => ({ ...line, amount: line.amount.toFixed(2) })));
+  }
+  if (entry.type !== undefined) {
+    useDetails({ type: entry.type, notes: entry.notes, taxDeductible: entry.taxDeductible });
   }
 }
 
@@ -47,6 +53,7 @@ export function stopEditing() {
   const form = $('#new-entry');
   state.editing = null;
   clearSplits();
+  useDetails(null);
   for (const key of TEXT_FIELDS) form.elements[key].value = '';
   form.elements.date.value = state.today;
   form.querySelector('button[type=submit]').textContent = 'Add';
@@ -67,6 +74,7 @@ async function addEntry(event) {
     delete body.amount;
     body.splits = state.splits;
   }
+  if (state.detailsGiven) Object.assign(body, state.details);
   if (data.checkNumber) {
     const number = Number(data.checkNumber);
     if (!Number.isInteger(number) || number <= 0) {
@@ -82,6 +90,7 @@ async function addEntry(event) {
     say(`Added entry ${added.entry.number}; balance ${money(added.balance)}${remembered}`);
     for (const key of TEXT_FIELDS) form.elements[key].value = '';
     clearSplits();
+    useDetails(null);
     form.elements.checkNumber.focus();  // ready for the next entry at once
     await reloadBook(true);
   });
@@ -96,6 +105,7 @@ async function saveEdit(data) {
     body.amount = data.amount;
     body.category = data.category;
   }
+  if (state.detailsGiven) Object.assign(body, state.details);
   if (data.checkNumber) body.checkNumber = Number(data.checkNumber);
   await attempt(async () => {
     const changed = await call('/api/entries/edit', body);
@@ -103,6 +113,39 @@ async function saveEdit(data) {
     stopEditing();
     await reloadBook();
   });
+}
+
+// ---- type, notes, tax-deductible ----
+
+// The entry row takes them (or, with null, the account's defaults again); an entry being
+// changed shows its own, sent back only when they were changed (`given`).
+function useDetails(details, given = false) {
+  state.details = details;
+  state.detailsGiven = given;
+  const button = $('#details-open');
+  button.textContent = given ? 'More ✓' : 'More…';
+  button.title = details ? [details.type, details.taxDeductible ? 'tax-deductible' : '', details.notes]
+    .filter(Boolean).join(' · ') : 'Type, notes, tax-deductible';
+}
+
+function openDetails() {
+  const form = $('#details-form').elements;
+  const details = state.details ?? { type: '', notes: '', taxDeductible: false };
+  form.type.value = details.type ?? '';
+  form.notes.value = details.notes;
+  form.taxDeductible.checked = details.taxDeductible;
+  $('#details-dialog').showModal();
+  form.type.focus();
+}
+
+function takeDetails(event) {
+  event.preventDefault();
+  const form = $('#details-form').elements;
+  const details = { notes: form.notes.value.trim(), taxDeductible: form.taxDeductible.checked };
+  if (form.type.value.trim()) details.type = form.type.value.trim();  // none: the usual one
+  useDetails(details, true);
+  $('#details-dialog').close();
+  $('#new-entry button[type=submit]').focus();
 }
 
 // ---- line items ----
@@ -192,6 +235,10 @@ export function setUpEntryRow() {
   $('#split-add').addEventListener('click', () => $('#split-lines').append(splitLine()));
   $('#split-form').addEventListener('submit', useSplits);
   $('#split-cancel').addEventListener('click', () => $('#split-dialog').close());
+  $('#details-open').addEventListener('click', openDetails);
+  $('#details-form').addEventListener('submit', takeDetails);
+  $('#details-cancel').addEventListener('click', () => $('#details-dialog').close());
+  useDetails(null);
   const date = form.elements.date;
   date.value = state.today;
   // + and - move the date by a day, as paper-register programs do.
