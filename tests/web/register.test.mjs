@@ -131,6 +131,7 @@ test('a transfer changes both accounts', () =>
     await page.waitForFunction(() => document.querySelector('.account[data-name="Savings"] .amount')
       .textContent.trim() === '$15,024.53');
     assert.equal(await balanceOf('Checking'), '$25,115.54');
+    assert.ok(await page.$eval('#transfer-received', (e) => e.hidden), 'one currency: no second amount');
   }));
 
 test('a change made by another program shows without a reload', () =>
@@ -412,4 +413,16 @@ test('an entry takes a type, notes and a tax-deductible mark from the More form'
     await page.focus('#new-entry [name=toFrom]');
     await page.keyboard.press('Escape');
     await page.select('#register-tools [name=taxDeductible]', 'all');
+  }));
+
+test('a transfer between currencies takes what the other account receives', () =>
+  step('transfer-currencies', async () => {
+    await page.select('#transfer-form [name=from]', 'Checking');
+    await page.select('#transfer-form [name=to]', 'Euro Travel');
+    assert.ok(!(await page.$eval('#transfer-received', (e) => e.hidden)));
+    await page.type('#transfer-form [name=amount]', '50');
+    await page.type('#transfer-form [name=toAmount]', '45');
+    await page.click('#transfer-form button[type=submit]');
+    await page.waitForFunction(() => document.querySelector('.account[data-name="Euro Travel"] .amount')
+      .textContent.trim() === '€1,793.68');
   }));

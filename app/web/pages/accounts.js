@@ -21,6 +21,17 @@ export async function loadAccounts() {
       .map((a) => new Option(a.name, a.name)));
     if (chosen) select.value = chosen;
   }
+  showReceived();
+}
+
+const currencyOf = (name) => state.accounts.find((a) => a.name === name)?.currency;
+
+// Between accounts of two currencies, what the other one receives may be given.
+function showReceived() {
+  const form = $('#transfer-form').elements;
+  const other = currencyOf(form.from.value) !== currencyOf(form.to.value);
+  $('#transfer-received').hidden = !other;
+  if (!other) form.toAmount.value = '';
 }
 
 function currencyGroup(currency, accounts) {
@@ -149,12 +160,13 @@ async function transfer(event) {
   const body = { from: data.from, to: data.to, amount: data.amount };
   if (data.date) body.date = data.date;
   if (data.description) body.description = data.description;
+  if (data.toAmount) body.toAmount = data.toAmount;
   await attempt(async () => {
     const done = await call('/api/transfer', body);
-    const currencyOf = (name) => state.accounts.find((a) => a.name === name)?.currency;
     say(`Transferred: ${done.from.account} ${money(done.from.balance, currencyOf(done.from.account))}, ` +
         `${done.to.account} ${money(done.to.balance, currencyOf(done.to.account))}`);
     event.target.elements.amount.value = '';
+    event.target.elements.toAmount.value = '';
     await reloadBook();
   });
 }
@@ -164,6 +176,7 @@ export function setUpAccounts() {
   $('#edit-account-form').addEventListener('submit', editAccount);
   $('#remove-account').addEventListener('click', removeAccount);
   $('#transfer-form').addEventListener('submit', transfer);
+  $('#transfer-form').addEventListener('change', showReceived);
   $('#menu').addEventListener('click', () => {
     const open = $('#accounts').classList.toggle('open');
     $('#menu').setAttribute('aria-expanded', String(open));

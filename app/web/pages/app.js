@@ -13,10 +13,23 @@ import { loadSummaries, setUpSummaries } from './summaries.js';
 
 const POLL_MS = 3000;  // how often to ask whether the book changed
 
+// Left and right arrows, Home and End move between the tabs, as tabs do.
+function tabKeys(event) {
+  const tabs = [...document.querySelectorAll('.views [role=tab]')];
+  const at = tabs.indexOf(event.target);
+  const to = { ArrowRight: at + 1, ArrowLeft: at - 1, Home: 0, End: tabs.length - 1 }[event.key];
+  if (to === undefined) return;
+  event.preventDefault();
+  const tab = tabs[(to + tabs.length) % tabs.length];
+  tab.focus();
+  showView(tab.dataset.view);
+}
+
 function showView(id) {
   document.querySelectorAll('.views [role=tab]').forEach((tab) => {
     const selected = tab.dataset.view === id;
     tab.setAttribute('aria-selected', String(selected));
+    tab.tabIndex = selected ? 0 : -1;
     $(`#${tab.dataset.view}`).hidden = !selected;
   });
   $('#register-tools').hidden = id !== 'register-view';
@@ -29,7 +42,9 @@ async function poll() {
     const { version } = await call('/api/status');
     if (state.version !== null && version !== state.version) {
       await Promise.all([loadAccounts(), refreshRegister(false)]);
-      $('#status').textContent = 'Updated with changes made elsewhere.';
+      const status = $('#status');
+      status.textContent = 'Updated with changes made elsewhere.';
+      setTimeout(() => { if (status.textContent.startsWith('Updated')) status.textContent = ''; }, 8000);
     }
     state.version = version;
   } catch (error) {
@@ -56,6 +71,8 @@ async function start() {
   setUpImport();
   document.querySelectorAll('.views [role=tab]').forEach((tab) => {
     tab.addEventListener('click', () => showView(tab.dataset.view));
+    tab.addEventListener('keydown', tabKeys);
+    tab.tabIndex = tab.getAttribute('aria-selected') === 'true' ? 0 : -1;
   });
   await attempt(async () => {
     await accounts;

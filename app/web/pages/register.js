@@ -15,6 +15,7 @@ export async function showAccount(name) {
   state.total = 0;
   $('#rows-space').replaceChildren();
   $('#register-title').textContent = name;
+  document.title = `${name} · Folvant`;
   const editing = $('#edit-account-form').elements;
   editing.name.value = name;
   editing.startingBalance.value = '';
