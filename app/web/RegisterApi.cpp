@@ -206,6 +206,8 @@ void Api::RegisterEntries(httplib::Server& server) {
                return Json{{"entry", render::EntryJson(*entry)}};
              }));
 
+  // A new entry: the entry fields (EntryFieldsOf) with "account", and "newCategory": true to
+  // make a category the book does not have.
   server.Post("/api/entries",
               Change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
                 Fields fields(body);
@@ -213,8 +215,10 @@ void Api::RegisterEntries(httplib::Server& server) {
                 if (!body.contains("splits")) fields.Amount("amount", true);
                 EntryFields entry = EntryFieldsOf(fields);
                 if (entry.splits) entry.amount.reset();  // the line items' total
+                EntryOptions options;
+                options.newCategory = fields.Flag("newCategory").value_or(false);
                 if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
-                auto added = AddEntry(book, *account, entry);
+                auto added = AddEntry(book, *account, entry, options);
                 if (!added) return refusal = RefusalOf(added.error()), std::nullopt;
                 return ChangeJson(*added);
               }));
@@ -225,8 +229,10 @@ void Api::RegisterEntries(httplib::Server& server) {
                 const std::optional<std::string> account = fields.Text("account", true);
                 const std::optional<std::int32_t> number = fields.Integer("number", true);
                 EntryFields entry = EntryFieldsOf(fields);
+                EntryOptions options;
+                options.newCategory = fields.Flag("newCategory").value_or(false);
                 if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
-                auto edited = EditEntry(book, *account, *number, entry);
+                auto edited = EditEntry(book, *account, *number, entry, options);
                 if (!edited) return refusal = RefusalOf(edited.error()), std::nullopt;
                 return ChangeJson(*edited);
               }));

@@ -76,6 +76,7 @@ void Api::RegisterSchedules(httplib::Server& server) {
                 ScheduledEntry entry;
                 fields.Amount("amount", true);
                 entry.fields = EntryFieldsOf(fields);
+                entry.newCategory = fields.Flag("newCategory").value_or(false);
                 entry.fields.date.reset();
                 if (const auto other = fields.Text("transferTo"); other && !other->empty()) {
                   entry.transferTo = other;
@@ -104,6 +105,7 @@ void Api::RegisterSchedules(httplib::Server& server) {
                 }
                 ScheduledEntry entry;
                 entry.fields = EntryFieldsOf(fields);
+                entry.newCategory = fields.Flag("newCategory").value_or(false);
                 entry.fields.date.reset();
                 entry.transferTo = fields.Text("transferTo");
                 if (fields.problem()) return refusal = *fields.problem(), std::nullopt;

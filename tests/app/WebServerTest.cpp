@@ -262,6 +262,12 @@ TEST_F(WebServerTest, TheCallsOfTheRegisterPage) {
   auto [suggested, suggestions] = Get("/api/suggest?account=Checking&which=to&prefix=Saf");
   EXPECT_EQ(suggested, 200);
   EXPECT_EQ(suggestions["suggestions"], Json::array({"Safeway"}));
+  // A category the book does not have is made only when asked for.
+  const std::string vitamins = R"({"account": "Checking", "amount": -9, "category": "Health:Vitamins")";
+  EXPECT_EQ(Post("/api/entries", vitamins + "}").first, 404);
+  EXPECT_EQ(Post("/api/entries", vitamins + R"(, "newCategory": true})").second["entry"]["category"],
+            "Health:Vitamins");
+
   auto [typed, types] = Get("/api/types?account=Checking");
   ASSERT_EQ(typed, 200);
   EXPECT_TRUE(std::any_of(types["types"].begin(), types["types"].end(), [](const Json& t) {

@@ -3,7 +3,8 @@
 // with its chart, import a bank's OFX file, reconcile to a zero difference, enter what a
 // schedule has due, change an entry in place, search the register, open a locked account,
 // enter and change an entry of line items, change a schedule in words, keep a summary of one's
-// own, work the register by keyboard, give an entry notes and a tax-deductible mark. A failing
+// own, work the register by keyboard, give an entry notes, a tax-deductible mark and a new
+// category. A failing
 // test leaves a screenshot in
 // $FOLVANT_SCREENSHOTS (default: the system's temporary folder).
 //
@@ -334,8 +335,9 @@ test('a schedule is changed in words', () =>
 
 test("a summary's options are saved as a new summary, shown, and removed", () =>
   step('summary-options', async () => {
-    page.once('dialog', (dialog) => dialog.accept());
     await page.click('.views [data-view=summary-view]');
+    // The report shown earlier stays until the fresh one comes: wait for the summaries' calls.
+    await page.waitForNetworkIdle({ idleTime: 300 });
     await page.waitForSelector('#summary-report img');
     await page.click('#summary-settings summary');
     await page.$eval('#summary-options [name=newName]', (e) => { e.value = 'Fuel only'; });
@@ -347,6 +349,7 @@ test("a summary's options are saved as a new summary, shown, and removed", () =>
     await page.waitForFunction(() => document.querySelector('#summary-form [name=name]').value === 'Fuel only');
     await page.waitForFunction(() => [...document.querySelectorAll('#summary-report tbody tr')]
       .every((r) => /Auto|Fuel/.test(r.cells[0].textContent)));
+    page.once('dialog', (dialog) => dialog.accept());
     await page.click('#summary-remove');
     await page.waitForFunction(
       () => document.querySelector('#message').textContent === 'Removed the summary "Fuel only".');
@@ -389,6 +392,9 @@ test('an entry takes a type, notes and a tax-deductible mark from the More form'
     });
     await page.$eval('#new-entry [name=toFrom]', (e) => { e.value = 'Pharmacy'; });
     await page.$eval('#new-entry [name=amount]', (e) => { e.value = '-18.20'; });
+    await page.$eval('#new-entry [name=category]', (e) => { e.value = 'Health:Vitamins'; });
+    let asked = '';
+    page.once('dialog', (dialog) => { asked = dialog.message(); dialog.accept(); });
     await page.click('#details-open');
     await page.waitForSelector('#details-dialog[open]');
     await page.type('#details-form [name=notes]', 'prescription');
@@ -399,6 +405,9 @@ test('an entry takes a type, notes and a tax-deductible mark from the More form'
     await page.waitForFunction(
       () => document.querySelector('#message').textContent.startsWith('Added entry'));
     assert.equal(await text('#details-open'), 'More…');
+    assert.equal(asked, 'Make the new category "Health:Vitamins"?');
+    await page.waitForFunction(() => [...document.querySelectorAll('#category-list option')]
+      .some((o) => o.value === 'Health:Vitamins'));
     await page.select('#register-tools [name=taxDeductible]', 'only');
     await page.waitForFunction(() => {
       const rows = [...document.querySelectorAll('.rows .row:not(.loading)')];
@@ -409,7 +418,7 @@ test('an entry takes a type, notes and a tax-deductible mark from the More form'
     await page.click('#details-open');
     await page.waitForFunction(() => document.querySelector('#details-form [name=notes]').value === 'prescription');
     assert.ok(await page.$eval('#details-form [name=taxDeductible]', (e) => e.checked));
-    await page.click('#details-cancel');
+    await page.$eval('#details-cancel', (button) => button.click());  // the type's suggestions may cover it
     await page.focus('#new-entry [name=toFrom]');
     await page.keyboard.press('Escape');
     await page.select('#register-tools [name=taxDeductible]', 'all');

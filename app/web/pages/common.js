@@ -136,3 +136,15 @@ export function withButton(element, rowIndex, label, action) {
 export function paragraph(text) {
   return Object.assign(document.createElement('p'), { textContent: text });
 }
+
+// Whether the categories named may be used: those the book does not have yet are made if the
+// person agrees. {ok: false} when they do not; {create: true} when some are new.
+export function newCategoriesAllowed(names) {
+  const known = new Set([...document.querySelectorAll('#category-list option')]
+    .map((o) => o.value.toLowerCase()));
+  const fresh = [...new Set(names.filter((n) => n && !known.has(n.toLowerCase())))];
+  if (!fresh.length) return { ok: true, create: false };
+  const list = fresh.map((n) => `"${n}"`).join(', ');
+  return { ok: confirm(`Make the new ${fresh.length > 1 ? 'categories' : 'category'} ${list}?`),
+           create: true };
+}

@@ -2,9 +2,13 @@
 // through date, check, to/from, description, category, amount; Enter saves; + and - move the
 // date), with suggestions from the account's lists, and a small form of line items.
 
-import { $, attempt, call, formData, money, reload, reloadBook, say, shiftDay, state } from './common.js';
+import {
+  $, attempt, call, formData, money, newCategoriesAllowed, reload, reloadBook, say, shiftDay, state,
+} from './common.js';
 
 const TEXT_FIELDS = ['checkNumber', 'toFrom', 'description', 'category', 'amount'];
+// The fetch of the entry being changed, for its line items and details: their forms wait for it.
+let loadingEntry = Promise.resolve();
 
 export async function loadLists() {
   const fill = (id, texts) => $(id).replaceChildren(...texts.map((t) => new Option(t)));
@@ -38,15 +42,18 @@ export async function startEditing(row) {
   form.setAttribute('aria-label', `Change entry ${row.number}`);
   reload.rows();
   form.elements.toFrom.focus();
-  const { entry } = await call(`/api/entry?${new URLSearchParams({ account: state.account, number: row.number })}`)
-    .catch(() => ({ entry: { splits: [] } }));
-  if (state.editing !== row.number) return;
-  if (entry.splits.length) {
-    useLines(entry.splits.map((line) => ({ ...line, amount: line.amount.toFixed(2) })));
-  }
-  if (entry.type !== undefined) {
-    useDetails({ type: entry.type, notes: entry.notes, taxDeductible: entry.taxDeductible });
-  }
+  loadingEntry = (async () => {
+    const { entry } = await call(`/api/entry?${new URLSearchParams({ account: state.account, number: row.number })}`)
+      .catch(() => ({ entry: { splits: [] } }));
+    if (state.editing !== row.number) return;
+    if (entry.splits.length) {
+      useLines(entry.splits.map((line) => ({ ...line, amount: line.amount.toFixed(2) })));
+    }
+    if (entry.type !== undefined) {
+      useDetails({ type: entry.type, notes: entry.notes, taxDeductible: entry.taxDeductible });
+    }
+  })();
+  await loadingEntry;
 }
 
 export function stopEditing() {
@@ -59,6 +66,14 @@ export function stopEditing() {
   form.querySelector('button[type=submit]').textContent = 'Add';
   form.setAttribute('aria-label', 'New entry');
   reload.rows();
+}
+
+// Asks before a category the book does not have is made; false when the person says no.
+function allowCategories(body) {
+  const { ok, create } = newCategoriesAllowed(
+    [body.category, ...(body.splits ?? []).map((line) => line.category)]);
+  if (create) body.newCategory = true;
+  return ok;
 }
 
 async function addEntry(event) {
@@ -83,6 +98,7 @@ async function addEntry(event) {
     }
     body.checkNumber = number;
   }
+  if (!allowCategories(body)) return;
   await attempt(async () => {
     const added = await call('/api/entries', body);
     const remembered = added.remembered && added.remembered.length
@@ -93,6 +109,7 @@ async function addEntry(event) {
     useDetails(null);
     form.elements.checkNumber.focus();  // ready for the next entry at once
     await reloadBook(true);
+    if (body.newCategory) loadLists();
   });
 }
 
@@ -107,11 +124,13 @@ async function saveEdit(data) {
   }
   if (state.detailsGiven) Object.assign(body, state.details);
   if (data.checkNumber) body.checkNumber = Number(data.checkNumber);
+  if (!allowCategories(body)) return;
   await attempt(async () => {
     const changed = await call('/api/entries/edit', body);
     say(`Changed entry ${changed.entry.number}; balance ${money(changed.balance)}`);
     stopEditing();
     await reloadBook();
+    if (body.newCategory) loadLists();
   });
 }
 
@@ -128,7 +147,8 @@ function useDetails(details, given = false) {
     .filter(Boolean).join(' · ') : 'Type, notes, tax-deductible';
 }
 
-function openDetails() {
+async function openDetails() {
+  await loadingEntry;
   const form = $('#details-form').elements;
   const details = state.details ?? { type: '', notes: '', taxDeductible: false };
   form.type.value = details.type ?? '';
@@ -186,7 +206,8 @@ function showSplitTotal() {
   $('#split-total').textContent = `Total ${money(splitTotal(splitLinesGiven()))}`;
 }
 
-function openSplits() {
+async function openSplits() {
+  await loadingEntry;
   const lines = state.splits || [{}, {}];
   $('#split-lines').replaceChildren(...lines.map(splitLine));
   showSplitTotal();

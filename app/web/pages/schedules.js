@@ -1,7 +1,11 @@
 // Scheduled entries: what is due, entered with one click, and the account's schedules in words
 // ("every 2 weeks on Friday, until 2027-06-30"), added, changed and removed.
 
-import { $, attempt, call, formData, money, paragraph, reloadBook, say, state, table, withButton } from './common.js';
+import {
+  $, attempt, call, formData, money, newCategoriesAllowed, paragraph, reloadBook, say, state, table,
+  withButton,
+} from './common.js';
+import { loadLists } from './entry.js';
 
 let editing = null;  // the schedule being changed in the form, or null to add one
 
@@ -36,6 +40,7 @@ async function scheduleChange(path, body, report) {
   await attempt(async () => {
     const done = await call(path, body);
     say(report(done));
+    if (body.newCategory) loadLists();
     if (path.endsWith('/edit') || path.endsWith('/add')) stopEditing();
     await Promise.all([loadSchedules(), reloadBook()]);
   });
@@ -104,6 +109,9 @@ async function saveSchedule(event) {
                  until: data.until || null, times, weekendsBefore: form.elements.weekendsBefore.checked,
                  toFrom: data.toFrom, description: data.description, amount: data.amount };
   if (!form.elements.category.disabled) body.category = data.category;
+  const categories = newCategoriesAllowed([body.category]);
+  if (!categories.ok) return;
+  if (categories.create) body.newCategory = true;
   if (editing) {
     body.number = editing.number;
     await scheduleChange('/api/schedules/edit', body, (done) =>
