@@ -116,31 +116,12 @@ CLI::Validator SwapValue() {
       "FIELD=TARGET");
 }
 
-// What a column of delimited text holds, by word.
-const std::map<std::string, std::int32_t>& ColumnWords() {
-  static const std::map<std::string, std::int32_t> words = {
-      {"skip", ZELMTextImport::kColumnIgnored},
-      {"date", ZELMTextImport::kColumnDate},
-      {"amount", ZELMTextImport::kColumnAmount},
-      {"debit", ZELMTextImport::kColumnDebitAmount},
-      {"credit", ZELMTextImport::kColumnCreditAmount},
-      {"to-from", ZELMTextImport::kColumnToFrom},
-      {"payee", ZELMTextImport::kColumnToFrom},
-      {"description", ZELMTextImport::kColumnDescription},
-      {"category", ZELMTextImport::kColumnCategory},
-      {"type", ZELMTextImport::kColumnType},
-      {"number", ZELMTextImport::kColumnNumber},
-      {"resolved", ZELMTextImport::kColumnResolved},
-      {"notes", ZELMTextImport::kColumnNotes}};
-  return words;
-}
-
 CLI::Validator ColumnValue() {
   return CLI::Validator(
       [](const std::string& value) -> std::string {
-        if (ColumnWords().count(value)) return {};
+        if (ImportColumnCode(value)) return {};
         std::string words;
-        for (const auto& [word, code] : ColumnWords()) words += (words.empty() ? "" : ", ") + word;
+        for (const auto& [word, code] : ImportColumnWords()) words += (words.empty() ? "" : ", ") + word;
         return "\"" + value + "\" is not a column; use " + words;
       },
       "COLUMN");
@@ -310,7 +291,7 @@ int RunImport(Context& context, const ImportOptions& o) {
   for (const std::string& swap : o.swaps) request.swaps.insert(*ReadSwap(swap));
   if (!o.columns.empty()) {
     request.columns.emplace();
-    for (const std::string& column : o.columns) request.columns->push_back(ColumnWords().at(column));
+    for (const std::string& column : o.columns) request.columns->push_back(*ImportColumnCode(column));
   }
   request.includePossible = o.includePossible;
   if (!o.lines.empty()) request.lines.emplace(o.lines.begin(), o.lines.end());

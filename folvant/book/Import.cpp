@@ -935,6 +935,19 @@ std::string_view ImportStatusName(ImportStatus status) {
   return "";
 }
 
+BookResult<std::vector<std::string>> ImportFileAccounts(Book& book,
+                                                        const ImportRequest& request) {
+  auto account = book.FindAccount(request.account);
+  if (!account) return Unexpected{account.error()};
+  auto read = Read(request, **account);
+  if (!read) return Unexpected{read.error()};
+  std::vector<std::string> names;
+  for (const FileAccount& a : read->accounts) {
+    if (!a.id.empty()) names.push_back(a.id);
+  }
+  return names;
+}
+
 BookResult<ImportReview> ReviewImport(Book& book, const ImportRequest& request) {
   auto account = book.FindAccount(request.account);
   if (!account) return Unexpected{account.error()};
@@ -1219,6 +1232,31 @@ BookResult<ImportUndo> UndoImport(Book& book, std::string_view name) {
   if (auto failed = WriteRecords(book, account, *records)) return Unexpected{*failed};
   undo.balance = account.GetBalance();
   return undo;
+}
+
+const std::vector<std::pair<std::string, std::int32_t>>& ImportColumnWords() {
+  static const std::vector<std::pair<std::string, std::int32_t>> words = {
+      {"date", ZELMTextImport::kColumnDate},
+      {"amount", ZELMTextImport::kColumnAmount},
+      {"debit", ZELMTextImport::kColumnDebitAmount},
+      {"credit", ZELMTextImport::kColumnCreditAmount},
+      {"payee", ZELMTextImport::kColumnToFrom},
+      {"to-from", ZELMTextImport::kColumnToFrom},
+      {"description", ZELMTextImport::kColumnDescription},
+      {"category", ZELMTextImport::kColumnCategory},
+      {"type", ZELMTextImport::kColumnType},
+      {"number", ZELMTextImport::kColumnNumber},
+      {"resolved", ZELMTextImport::kColumnResolved},
+      {"notes", ZELMTextImport::kColumnNotes},
+      {"skip", ZELMTextImport::kColumnIgnored}};
+  return words;
+}
+
+std::optional<std::int32_t> ImportColumnCode(std::string_view word) {
+  for (const auto& [name, code] : ImportColumnWords()) {
+    if (name == word) return code;
+  }
+  return std::nullopt;
 }
 
 }  // namespace folvant

@@ -32,6 +32,12 @@ class ZELMAccount;
 enum class ImportFormat { kQIF, kOFX, kCSV, kTSV };
 std::string_view ImportFormatName(ImportFormat format);  // "QIF", "OFX", "CSV", "TSV"
 
+// What a column of delimited text holds, by word ("date", "amount", "debit", "credit", "payee"
+// or "to-from", "description", "category", "type", "number", "resolved", "notes", "skip") and
+// the text reader's column code.
+const std::vector<std::pair<std::string, std::int32_t>>& ImportColumnWords();
+std::optional<std::int32_t> ImportColumnCode(std::string_view word);
+
 struct ImportRequest {
   std::string account;  // where the records go
   std::filesystem::path file;
@@ -101,6 +107,10 @@ struct ImportReview {
   std::size_t added = 0, linked = 0;
   double balance = 0.0;
 };
+
+// The accounts a file names (a QIF file of several accounts, an OFX file's statements), read
+// as the import would read it, for choosing `from`; empty when it names none.
+BookResult<std::vector<std::string>> ImportFileAccounts(Book& book, const ImportRequest& request);
 
 // What importing the file would do; changes nothing.
 BookResult<ImportReview> ReviewImport(Book& book, const ImportRequest& request);
