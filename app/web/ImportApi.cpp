@@ -8,10 +8,29 @@
 #include "folvant/model/ZELMAccount.h"
 
 namespace folvant::app::web {
+namespace {
+
+// "a, b,c" as its items, each trimmed of blanks; none for an empty text.
+std::vector<std::string> CommaList(const std::string& text) {
+  std::vector<std::string> items;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t comma = std::min(text.find(',', at), text.size());
+    std::string item = text.substr(at, comma - at);
+    item.erase(0, item.find_first_not_of(' '));
+    item.erase(item.find_last_not_of(' ') + 1);
+    items.push_back(std::move(item));
+    at = comma + 1;
+  }
+  return items;
+}
+
+}  // namespace
 
 void Api::RegisterImport(httplib::Server& server) {
   // A bank's file as the request's body: ?account=NAME&name=FILE.ofx[&apply=1]
-  // [&includePossible=1]. Without apply the review, changing nothing; with it the import.
+  // [&includePossible=1][&lines=1,3,7] and the import's settings: [&dateFormat=dmy]
+  // [&from=FILE'S ACCOUNT][&columns=date,payee,amount][&saveSettings=1 (with apply)]. Without
+  // apply the review, changing nothing; with it the import.
   server.Post("/api/import", [this](const Request& request, Response& response) {
     const std::string name = request.get_param_value("name");
     if (!request.has_param("account")) return Send(response, Bad("\"account\" is missing"));
@@ -47,23 +66,50 @@ void Api::RegisterImport(httplib::Server& server) {
     if (request.has_param("lines")) {
       // The rows chosen in the review: "1,3,7" (none: "").
       import.lines.emplace();
-      const std::string list = request.get_param_value("lines");
-      for (std::size_t at = 0; at < list.size();) {
-        const std::size_t comma = std::min(list.find(',', at), list.size());
+      for (const std::string& item : CommaList(request.get_param_value("lines"))) {
         std::size_t line = 0;
-        const auto [end, error] = std::from_chars(list.data() + at, list.data() + comma, line);
-        if (error != std::errc() || end != list.data() + comma || line == 0) {
+        const auto [end, error] = std::from_chars(item.data(), item.data() + item.size(), line);
+        if (error != std::errc() || end != item.data() + item.size() || line == 0) {
           return Send(response, Bad("\"lines\" is a list of row numbers: 1,3,7"));
         }
         import.lines->insert(line);
-        at = comma + 1;
       }
     }
-    if (request.get_param_value("apply") != "1") {
+    if (const std::string format = request.get_param_value("dateFormat"); !format.empty()) {
+      import.dateFormat = format;
+    }
+    if (const std::string from = request.get_param_value("from"); !from.empty()) import.from = from;
+    if (const std::string columns = request.get_param_value("columns"); !columns.empty()) {
+      import.columns.emplace();
+      for (const std::string& word : CommaList(columns)) {
+        const std::optional<std::int32_t> code = ImportColumnCode(word);
+        if (!code) {
+          std::string words;
+          for (const auto& [name, c] : ImportColumnWords())
+            words += (words.empty() ? "" : ", ") + name;
+          return Send(response, Bad("\"" + word + "\" is not a column; use " + words));
+        }
+        import.columns->push_back(*code);
+      }
+    }
+    const bool apply = request.get_param_value("apply") == "1";
+    import.saveSettings = apply && request.get_param_value("saveSettings") == "1";
+    if (!apply) {
       auto reading = ReadBook(request.get_header_value(kSessionHeader));
       if (!reading) return Send(response, RefusalOf(reading.error()));
       auto review = ReviewImport(*reading->book, import);
-      if (!review) return Send(response, RefusalOf(review.error()));
+      if (!review) {
+        // A file of several accounts needs one chosen: the refusal says which it holds.
+        const Refusal refusal = RefusalOf(review.error());
+        if (import.from) return Send(response, refusal);
+        auto names = ImportFileAccounts(*reading->book, import);
+        if (!names || names->size() < 2) return Send(response, refusal);
+        Json fileAccounts = Json::array();
+        for (const std::string& name : *names) fileAccounts.push_back(JsonText(name));
+        response.status = refusal.status;
+        return Send(response, Json{{"error", JsonText(refusal.message)},
+                                   {"fileAccounts", std::move(fileAccounts)}});
+      }
       return Send(response, render::ImportReviewJson(*review));
     }
     std::lock_guard lock(changes_);

@@ -336,6 +336,36 @@ TEST_F(WebServerTest, SummariesAndImports) {
   auto [undone, taken] = Post("/api/import/undo", R"({"account": "Checking"})");
   EXPECT_EQ(undone, 200) << taken.dump();
   EXPECT_DOUBLE_EQ(Balance("Checking"), balance);
+  // A file of two accounts: the refusal lists them, and `from` chooses one.
+  const std::string two =
+      "!Account\nNJoint Checking\nTBank\n^\n!Type:Bank\nD07/01/2026\nT-10.00\nPCafe\n^\n"
+      "!Account\nNHoliday Fund\nTBank\n^\n!Type:Bank\nD07/02/2026\nT50.00\nPGift\n^\n";
+  auto several = client.Post("/api/import?account=Checking&name=two.qif", Signed(), two,
+                             "application/octet-stream");
+  ASSERT_TRUE(several);
+  EXPECT_EQ(several->status, 400);
+  EXPECT_EQ(Json::parse(several->body)["fileAccounts"],
+            Json::array({"Joint Checking", "Holiday Fund"}));
+  auto chosen = client.Post("/api/import?account=Checking&name=two.qif&from=holiday", Signed(),
+                            two, "application/octet-stream");
+  ASSERT_TRUE(chosen);
+  ASSERT_EQ(chosen->status, 200) << chosen->body;
+  EXPECT_EQ(Json::parse(chosen->body)["fileAccount"], "Holiday Fund");
+  // A CSV without a header row, read by the columns given; a word that is no column is refused.
+  const std::string csv = "15/07/2026,Corner Shop,-3.50\n";
+  auto columns = client.Post(
+      "/api/import?account=Checking&name=b.csv&columns=date,payee,amount&dateFormat=dmy",
+      Signed(), csv, "text/csv");
+  ASSERT_TRUE(columns);
+  ASSERT_EQ(columns->status, 200) << columns->body;
+  const Json row = Json::parse(columns->body)["rows"][0];
+  EXPECT_EQ(row["date"], "2026-07-15");
+  EXPECT_EQ(row["toFrom"], "Corner Shop");
+  EXPECT_EQ(row["amount"], -3.5);
+  auto wrong = client.Post("/api/import?account=Checking&name=b.csv&columns=date,cost", Signed(),
+                           csv, "text/csv");
+  ASSERT_TRUE(wrong);
+  EXPECT_EQ(wrong->status, 400);
   auto empty = client.Post("/api/import?account=Checking&name=a.qif", Signed(), "", "text/plain");
   ASSERT_TRUE(empty);
   EXPECT_EQ(empty->status, 400);

@@ -435,3 +435,23 @@ test('a transfer between currencies takes what the other account receives', () =
     await page.waitForFunction(() => document.querySelector('.account[data-name="Euro Travel"] .amount')
       .textContent.trim() === '€1,793.68');
   }));
+
+test("a file of two accounts is imported from the one chosen in the import's settings", () =>
+  step('import-from', async () => {
+    const file = path.join(scratch, 'two.qif');
+    writeFileSync(file, '!Account\nNJoint Checking\nTBank\n^\n!Type:Bank\nD07/01/2026\nT-10.00\n' +
+                        'PCafe\n^\n!Account\nNHoliday Fund\nTBank\n^\n!Type:Bank\nD07/02/2026\n' +
+                        'T50.00\nPGift\n^\n');
+    await page.click('.views [data-view=import-view]');
+    const input = await page.$('#import-form [name=file]');
+    await input.uploadFile(file);
+    await page.click('#import-form button[type=submit]');
+    await page.waitForFunction(
+      () => document.querySelector('#message').textContent.startsWith('The file holds 2 accounts'));
+    assert.ok(await page.$eval('.import-settings', (d) => d.open));
+    await page.select('#import-form [name=from]', 'Holiday Fund');
+    await page.waitForFunction(() => [...document.querySelectorAll('#import-review tbody tr')]
+      .some((r) => r.textContent.includes('Gift')));
+    const rows = await page.$$eval('#import-review tbody tr', (r) => r.length);
+    assert.equal(rows, 1);
+  }));

@@ -12,6 +12,11 @@ async function reviewImport(event, apply = false) {
   if (!file) return;
   chosenFile = file;
   const query = new URLSearchParams({ account: state.account, name: file.name });
+  const settings = $('#import-form').elements;
+  for (const key of ['dateFormat', 'from', 'columns']) {
+    if (settings[key].value.trim()) query.set(key, settings[key].value.trim());
+  }
+  if (apply && settings.saveSettings.checked) query.set('saveSettings', '1');
   if (apply) {
     query.set('apply', '1');
     // The rows left ticked in the review.
@@ -24,6 +29,13 @@ async function reviewImport(event, apply = false) {
       headers: { 'Content-Type': 'application/octet-stream' }, body: file,
     });
     const data = await response.json();
+    if (!response.ok && data.fileAccounts) {
+      showFileAccounts({ fileAccounts: data.fileAccounts, fileAccount: null });
+      $('#import-form .import-settings').open = true;
+      $('#import-review').replaceChildren();
+      throw new Error(`The file holds ${data.fileAccounts.length} accounts: choose the one to import ` +
+                      'under Settings.');
+    }
     if (!response.ok) throw new Error(data.error || response.statusText);
     const notes = document.createElement('p');
     notes.textContent = [
@@ -50,6 +62,7 @@ async function reviewImport(event, apply = false) {
         tr.cells[0].append(box);
       }
     });
+    showFileAccounts(data);
     const counts = document.createElement('p');
     counts.textContent = Object.entries(data.counts).map(([k, v]) => `${v} ${k}`).join(', ') + '.';
     $('#import-review').replaceChildren(notes, list, counts);
@@ -60,6 +73,17 @@ async function reviewImport(event, apply = false) {
       await reloadBook(true);
     }
   });
+}
+
+// A file of several accounts (QIF) imports one of them: the review says which, and the
+// choice is offered.
+function showFileAccounts(data) {
+  const select = $('#import-form [name=from]');
+  $('#import-from').hidden = data.fileAccounts.length < 2;
+  const choices = data.fileAccounts.map((name) => new Option(name, name));
+  if (!data.fileAccount) choices.unshift(new Option('choose one', ''));
+  select.replaceChildren(...choices);
+  select.value = data.fileAccount ?? '';
 }
 
 async function undoImport() {
@@ -75,6 +99,14 @@ export function setUpImport() {
     chosenFile = null;
     reviewImport(event);
   });
+  // A new file starts from the account's own settings; a changed setting shows its review.
+  $('#import-form [name=file]').addEventListener('change', () => {
+    $('#import-form [name=from]').replaceChildren();
+    $('#import-from').hidden = true;
+  });
+  for (const key of ['dateFormat', 'from']) {
+    $(`#import-form [name=${key}]`).addEventListener('change', () => reviewImport(null));
+  }
   $('#import-apply').addEventListener('click', () => reviewImport(null, true));
   $('#import-undo').addEventListener('click', undoImport);
   document.addEventListener('account-shown', () => $('#import-review').replaceChildren());
