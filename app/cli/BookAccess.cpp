@@ -68,7 +68,7 @@ int Fail(Context& context, const BookError& error) {
                       "FOLVANT_PASSWORD");
     return 1;
   }
-  Fail(context, error.message);
+  Fail(context, error.hint.empty() ? error.message : error.message + "; " + error.hint);
   if (context.verbose) {
     for (const std::string& detail : error.details) context.err << "  " << detail << '\n';
   } else if (!error.details.empty()) {

@@ -206,7 +206,9 @@ void PrintReview(Context& context, const ImportReview& r, bool includePossible) 
   if (!r.encoding.empty()) out += "Encoding: " + r.encoding + ".\n";
   if (!r.readNote.empty()) out += "Note: " + r.readNote + ".\n";
   if (!r.dateFormat.empty()) {
-    out += "Dates: " + r.dateFormat + (r.dateNote.empty() ? "" : " (" + r.dateNote + ")") + ".\n";
+    std::string note = r.dateNote;
+    if (r.dateFormatGuessed) note += " (--date-format changes it)";
+    out += "Dates: " + r.dateFormat + (note.empty() ? "" : " (" + note + ")") + ".\n";
   }
   out += '\n';
   if (r.rows.empty()) {

@@ -48,6 +48,7 @@ Json ImportReviewJson(const ImportReview& r) {
   document["encoding"] = r.encoding.empty() ? Json(nullptr) : JsonText(r.encoding);
   document["dateFormat"] = r.dateFormat.empty() ? Json(nullptr) : JsonText(r.dateFormat);
   document["dateNote"] = r.dateNote.empty() ? Json(nullptr) : JsonText(r.dateNote);
+  document["dateFormatGuessed"] = r.dateFormatGuessed;
   document["readNote"] = r.readNote.empty() ? Json(nullptr) : JsonText(r.readNote);
   document["fileAccounts"] = std::move(fileAccounts);
   document["fileAccount"] = r.fileAccount.empty() ? Json(nullptr) : JsonText(r.fileAccount);

@@ -6,7 +6,7 @@
 namespace folvant::render {
 
 // The import review as `folvant import --json` and the web pages give it: {account, file,
-// format, encoding, dateFormat, dateNote, readNote, fileAccounts, fileAccount, rows, counts,
+// format, encoding, dateFormat, dateNote, dateFormatGuessed, readNote, fileAccounts, fileAccount, rows, counts,
 // newTypes, newCategories, applied, batch, added, linked, balance}.
 Json ImportReviewJson(const ImportReview& review);
 

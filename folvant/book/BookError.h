@@ -23,8 +23,13 @@ struct BookError {
   Kind kind = Kind::kFailed;
   std::string message;               // one line
   std::vector<std::string> details;  // what lies behind a summary, one line each
+  // How the command line asks for what was refused ("--allow-duplicate-check enters it
+  // again"); a front end without those options leaves it out.
+  std::string hint;
 
-  static BookError Of(Kind kind, std::string message) { return {kind, std::move(message), {}}; }
+  static BookError Of(Kind kind, std::string message, std::string hint = {}) {
+    return {kind, std::move(message), {}, std::move(hint)};
+  }
 };
 
 template <typename T>

@@ -112,8 +112,8 @@ BookResult<CategoryRef> ReadCategory(const Book& book, const std::string& name, 
       message += (i ? ", " : "") + Quote(closest[i]);
     }
   }
-  message += " (--new-category creates it)";
-  return Unexpected{BookError::Of(Kind::kNotFound, std::move(message))};
+  return Unexpected{
+      BookError::Of(Kind::kNotFound, std::move(message), "--new-category creates it")};
 }
 
 // The category's number, made (with any missing parents) when it is to be created.
@@ -424,10 +424,10 @@ BookResult<Plan> Prepare(const Book& book, const ZELMAccount& account,
     if (f.checkNumber) {
       if (*f.checkNumber < 0) return Invalid("a check number is 0 or more");
       if (!options.allowDuplicateCheck && CheckNumberInUse(account, *f.checkNumber, existing)) {
-        return Unexpected{
-            BookError::Of(Kind::kExists, "check " + std::to_string(*f.checkNumber) +
-                                             " is already in " + Quote(account.GetName()) +
-                                             " (--allow-duplicate-check enters it again)")};
+        return Unexpected{BookError::Of(Kind::kExists,
+                                        "check " + std::to_string(*f.checkNumber) +
+                                            " is already in " + Quote(account.GetName()),
+                                        "--allow-duplicate-check enters it again")};
       }
       plan.checkNumber = *f.checkNumber;
     } else if (existing != nullptr && existing->IsCheck()) {

@@ -271,8 +271,9 @@ BookResult<std::pair<std::string, std::string>> DecodeText(std::string_view byte
   if (asked) {
     auto text = platform::DecodeBytes(bytes, *asked);
     if (!text) {
-      return Invalid("the file is not valid " + named(*asked) + " text (leave out --encoding to " +
-                     "let the program find the encoding)");
+      return Unexpected{BookError::Of(Kind::kInvalid,
+                                      "the file is not valid " + named(*asked) + " text",
+                                      "leave out --encoding to let the program find the encoding")};
     }
     return std::make_pair(std::move(*text), named(*asked));
   }
@@ -400,9 +401,11 @@ BookResult<ReadFile> Read(const ImportRequest& request, const ZELMAccount& accou
       TextParseResult parsed = r.parse();
       if (parsed.entries.empty() && r.GetDataLayout().empty() &&
           text->first.find_first_not_of(" \t\r\n") != std::string::npos) {
-        return Invalid("the columns of " + request.file.string() +
-                       " are not known: its first row names no date and amount columns; give "
-                       "them with --columns (for example --columns date,payee,amount)");
+        return Unexpected{BookError::Of(
+            Kind::kInvalid,
+            "the columns of " + request.file.filename().string() +
+                " are not known: its first row names no date and amount columns",
+            "give them with --columns, for example --columns date,payee,amount")};
       }
       read.accounts.push_back({"", std::move(parsed.entries), ""});
       read.datesFromText = true;
@@ -417,6 +420,7 @@ BookResult<ReadFile> Read(const ImportRequest& request, const ZELMAccount& accou
 struct DateChoice {
   std::string format;
   std::string note;
+  bool guessed = false;  // the dates did not decide the order
 };
 
 // The formats of one order of day, month and year, two-digit years first.
@@ -482,19 +486,23 @@ DateChoice ChooseDateFormat(const ImportRecords& records, std::optional<std::str
                                 ": the only order that makes every date a day"};
   }
   if (fits.empty()) {
-    return {stored, "no order of day, month and year makes every date a day; used the account's " +
-                        stored + " (--date-format changes it)"};
+    return {stored,
+            "no order of day, month and year makes every date a day; used the account's " + stored,
+            true};
   }
   for (const auto& fit : fits) {
     if (fit.second == stored || fit.first->shortYear == stored || fit.first->longYear == stored) {
-      return {fit.second, "every date reads " + std::string(fits[0].first->name) + " and " +
-                              std::string(fits[1].first->name) + "; used the account's order, " +
-                              std::string(fit.first->name) + " (--date-format changes it)"};
+      return {fit.second,
+              "every date reads " + std::string(fits[0].first->name) + " and " +
+                  std::string(fits[1].first->name) + "; used the account's order, " +
+                  std::string(fit.first->name),
+              true};
     }
   }
-  return {fits[0].second, "every date reads " + std::string(fits[0].first->name) + " and " +
-                              std::string(fits[1].first->name) + "; used " +
-                              std::string(fits[0].first->name) + " (--date-format changes it)"};
+  return {fits[0].second,
+          "every date reads " + std::string(fits[0].first->name) + " and " +
+              std::string(fits[1].first->name) + "; used " + std::string(fits[0].first->name),
+          true};
 }
 
 // Whether applying adds the row: a new record or a transfer, a possible duplicate when asked
@@ -695,8 +703,10 @@ BookResult<Review> BuildReview(Book& book, const ImportRequest& request,
     if (!remembered) {
       std::string names;
       for (const std::string& id : review.fileAccounts) names += (names.empty() ? "" : ", ") + Quote(id);
-      return Invalid("the file holds " + std::to_string(accounts.size()) + " accounts (" + names +
-                     "); name the one to import with --from");
+      return Unexpected{BookError::Of(
+          Kind::kInvalid,
+          "the file holds " + std::to_string(accounts.size()) + " accounts (" + names + ")",
+          "name the one to import with --from")};
     }
     chosen = *remembered;
     review.fileAccountNote = "the one imported into " + Quote(account->GetName()) + " before";
@@ -720,6 +730,7 @@ BookResult<Review> BuildReview(Book& book, const ImportRequest& request,
     DateChoice choice = ChooseDateFormat(source.records, request.dateFormat, stored);
     review.dateFormat = choice.format;
     review.dateNote = choice.note;
+    review.dateFormatGuessed = choice.guessed;
     ZELMImporter dates;
     dates.SetDateFormat(choice.format);
     for (ImportRecord& r : source.records) {

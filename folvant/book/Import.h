@@ -94,6 +94,7 @@ struct ImportReview {
   std::string encoding;    // name of the encoding the text was read in
   std::string dateFormat;  // "" for OFX
   std::string dateNote;    // how the date format was chosen
+  bool dateFormatGuessed = false;  // the dates did not decide it: asking for one may be needed
   std::string readNote;    // a repair the file needed to be read at all
   std::vector<std::string> fileAccounts;  // the accounts the file holds, when it names any
   std::string fileAccount;                // the one read

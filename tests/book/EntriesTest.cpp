@@ -152,8 +152,8 @@ TEST_F(EntriesTest, AnUnknownCategoryIsRefusedWithTheClosestNamesUnlessItIsToBeM
   ASSERT_FALSE(refused);
   EXPECT_EQ(refused.error().kind, Kind::kNotFound);
   EXPECT_EQ(refused.error().message,
-            "no category named \"Food:Grocery\" in the book; the closest: \"Food:Groceries\" "
-            "(--new-category creates it)");
+            "no category named \"Food:Grocery\" in the book; the closest: \"Food:Groceries\"");
+  EXPECT_EQ(refused.error().hint, "--new-category creates it");
 
   fields.category = "Food:Snacks:Chips";
   EntryOptions make;
