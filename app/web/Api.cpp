@@ -129,9 +129,10 @@ void Api::Register(httplib::Server& server) {
     if (!book) return Send(response, RefusalOf(book.error()));
     auto found = (*book)->FindAccount(*account);
     if (!found) {
-      return Send(response, found.error().kind == Kind::kLocked
-                                ? Refusal{403, "that is not the password of \"" + *account + "\""}
-                                : RefusalOf(found.error()));
+      return Send(response,
+                  found.error().kind == Kind::kLocked
+                      ? Refusal{403, "that is not the password of \"" + *account + "\"", "locked"}
+                      : RefusalOf(found.error()));
     }
     {
       std::lock_guard lock(passwordsMutex_);
@@ -155,9 +156,9 @@ void Api::Register(httplib::Server& server) {
 
   server.set_error_handler([](const Request& request, Response& response) {
     if (response.status == 404 && request.path.starts_with("/api/")) {
-      Send(response, Refusal{404, "no such call: " + request.method + " " + request.path});
+      Send(response, Refusal{404, "no such call: " + request.method + " " + request.path, {}});
     } else if (response.status == 413) {
-      Send(response, Refusal{413, "the request is too large"});
+      Send(response, Refusal{413, "the request is too large", {}});
     }
   });
 }

@@ -14,27 +14,27 @@ std::string ErrorJson(std::string_view message) {
   return render::JsonDump(Json{{"error", JsonText(message)}});
 }
 
-Refusal Bad(std::string message) { return {400, std::move(message)}; }
+Refusal Bad(std::string message) { return {400, std::move(message), {}}; }
 
 Refusal RefusalOf(const BookError& error) {
   switch (error.kind) {
     case Kind::kNotFound:
-      return {404, error.message};
+      return {404, error.message, "notFound"};
     case Kind::kExists:
-      return {409, error.message};
+      return {409, error.message, "exists"};
     case Kind::kInvalid:
-      return {400, error.message};
+      return {400, error.message, "invalid"};
     case Kind::kBusy:
-      return {503, error.message};
+      return {503, error.message, "busy"};
     case Kind::kDamaged:
-      return {409, error.message};
+      return {409, error.message, "damaged"};
     case Kind::kLocked:
-      return {403, error.message};
+      return {403, error.message, "locked"};
     case Kind::kReadOnly:
     case Kind::kFailed:
-      return {500, error.message};
+      break;
   }
-  return {500, error.message};
+  return {500, error.message, "failed"};
 }
 
 void Send(Response& response, const Json& document) {
@@ -45,7 +45,9 @@ void Send(Response& response, const Json& document) {
 void Send(Response& response, const Refusal& refusal) {
   response.status = refusal.status;
   response.set_header("Cache-Control", "no-store");
-  response.set_content(ErrorJson(refusal.message), "application/json");
+  Json document{{"error", JsonText(refusal.message)}};
+  if (!refusal.kind.empty()) document["kind"] = refusal.kind;
+  response.set_content(render::JsonDump(document), "application/json");
 }
 
 std::optional<Json> BodyOf(const Request& request, Refusal& refusal) {

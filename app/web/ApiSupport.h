@@ -36,6 +36,9 @@ using render::JsonText;
 struct Refusal {
   int status = 400;
   std::string message;
+  // The book's kind of refusal, for a page to act on: notFound, exists, invalid, busy, damaged,
+  // locked, failed; empty for a request that does not read.
+  std::string kind;
 };
 
 Refusal Bad(std::string message);

@@ -57,7 +57,8 @@ void Api::RegisterImport(httplib::Server& server) {
     {
       std::ofstream out(folder / safe, std::ios::binary);
       out << request.body;
-      if (!out) return Send(response, Refusal{500, "the file could not be kept for reading"});
+      if (!out)
+        return Send(response, Refusal{500, "the file could not be kept for reading", "failed"});
     }
     ImportRequest import;
     import.account = request.get_param_value("account");

@@ -206,8 +206,9 @@ void Api::RegisterEntries(httplib::Server& server) {
                return Json{{"entry", render::EntryJson(*entry)}};
              }));
 
-  // A new entry: the entry fields (EntryFieldsOf) with "account", and "newCategory": true to
-  // make a category the book does not have.
+  // A new entry: the entry fields (EntryFieldsOf) with "account", "newCategory": true to make a
+  // category the book does not have, and "allowDuplicateCheck": true to enter a check number the
+  // account has already.
   server.Post("/api/entries",
               Change([](Book& book, const Json& body, Refusal& refusal) -> std::optional<Json> {
                 Fields fields(body);
@@ -217,6 +218,7 @@ void Api::RegisterEntries(httplib::Server& server) {
                 if (entry.splits) entry.amount.reset();  // the line items' total
                 EntryOptions options;
                 options.newCategory = fields.Flag("newCategory").value_or(false);
+                options.allowDuplicateCheck = fields.Flag("allowDuplicateCheck").value_or(false);
                 if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
                 auto added = AddEntry(book, *account, entry, options);
                 if (!added) return refusal = RefusalOf(added.error()), std::nullopt;
@@ -231,6 +233,7 @@ void Api::RegisterEntries(httplib::Server& server) {
                 EntryFields entry = EntryFieldsOf(fields);
                 EntryOptions options;
                 options.newCategory = fields.Flag("newCategory").value_or(false);
+                options.allowDuplicateCheck = fields.Flag("allowDuplicateCheck").value_or(false);
                 if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
                 auto edited = EditEntry(book, *account, *number, entry, options);
                 if (!edited) return refusal = RefusalOf(edited.error()), std::nullopt;

@@ -277,6 +277,15 @@ TEST_F(WebServerTest, TheCallsOfTheRegisterPage) {
   auto [listed, categories] = Get("/api/categories");
   EXPECT_EQ(listed, 200);
   EXPECT_GT(categories["categories"].size(), 5u);
+
+  // A check number in use: refused with the book's kind and no command-line hint, then entered
+  // again when asked for.
+  const std::string again = R"({"account": "Checking", "checkNumber": 1016, "amount": -1)";
+  auto [usedStatus, used] = Post("/api/entries", again + "}");
+  EXPECT_EQ(usedStatus, 409);
+  EXPECT_EQ(used["kind"], "exists");
+  EXPECT_EQ(used["error"].get<std::string>().find("--"), std::string::npos) << used.dump();
+  EXPECT_EQ(Post("/api/entries", again + R"(, "allowDuplicateCheck": true})").first, 200);
 }
 
 TEST_F(WebServerTest, SummariesAndImports) {

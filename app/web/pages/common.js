@@ -42,7 +42,10 @@ export async function call(path, body) {
   };
   const response = await fetch(path, { credentials: 'same-origin', ...options });
   const data = await response.json().catch(() => ({ error: response.statusText }));
-  if (!response.ok) throw new Error(data.error || response.statusText);
+  if (!response.ok) {
+    // The book's kind of refusal ("exists", "notFound", ...) goes with the message.
+    throw Object.assign(new Error(data.error || response.statusText), { kind: data.kind });
+  }
   return data;
 }
 

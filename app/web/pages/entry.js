@@ -76,6 +76,20 @@ function allowCategories(body) {
   return ok;
 }
 
+// A check number the account has already is entered again only when the person says so;
+// undefined when they do not.
+async function callAskingAboutCheck(path, body) {
+  try {
+    return await call(path, body);
+  } catch (error) {
+    if (error.kind !== 'exists' || body.checkNumber === undefined) throw error;
+    if (!confirm(`Check ${body.checkNumber} is in the register already. Enter it again?`)) {
+      return undefined;
+    }
+    return call(path, { ...body, allowDuplicateCheck: true });
+  }
+}
+
 async function addEntry(event) {
   event.preventDefault();
   const form = event.target;
@@ -100,7 +114,8 @@ async function addEntry(event) {
   }
   if (!allowCategories(body)) return;
   await attempt(async () => {
-    const added = await call('/api/entries', body);
+    const added = await callAskingAboutCheck('/api/entries', body);
+    if (!added) return;
     const remembered = added.remembered && added.remembered.length
       ? ` (filled in from an earlier entry: ${added.remembered.join(', ')})` : '';
     say(`Added entry ${added.entry.number}; balance ${money(added.balance)}${remembered}`);
@@ -126,7 +141,8 @@ async function saveEdit(data) {
   if (data.checkNumber) body.checkNumber = Number(data.checkNumber);
   if (!allowCategories(body)) return;
   await attempt(async () => {
-    const changed = await call('/api/entries/edit', body);
+    const changed = await callAskingAboutCheck('/api/entries/edit', body);
+    if (!changed) return;
     say(`Changed entry ${changed.entry.number}; balance ${money(changed.balance)}`);
     stopEditing();
     await reloadBook();

@@ -41,7 +41,8 @@ async function reviewImport(event, apply = false) {
     notes.textContent = [
       `${data.format} file "${data.file}"`,
       data.encoding && `read as ${data.encoding}`,
-      data.dateFormat && `dates ${data.dateFormat}${data.dateNote ? ` (${data.dateNote})` : ''}`,
+      data.dateFormat && `dates ${data.dateFormat}${data.dateNote ? ` (${data.dateNote}` +
+        `${data.dateFormatGuessed ? '; Settings › Dates changes it' : ''})` : ''}`,
       data.readNote,
     ].filter(Boolean).join('; ') + '.';
     const rows = data.rows.map((r) => ['', r.date ?? '–', money(r.amount), r.toFrom,
