@@ -7,7 +7,7 @@ import { loadAccounts, setUpAccounts } from './accounts.js';
 import { setUpEntryRow } from './entry.js';
 import { setUpImport } from './import.js';
 import { setUpReconcile } from './reconcile.js';
-import { drawRows, refreshRegister, setUpRegister, showAccount } from './register.js';
+import { drawRows, fetchEarly, refreshRegister, setUpRegister, showAccount } from './register.js';
 import { loadSchedules, setUpSchedules } from './schedules.js';
 import { loadSummaries, setUpSummaries } from './summaries.js';
 
@@ -53,9 +53,19 @@ async function poll() {
   setTimeout(poll, POLL_MS);
 }
 
+function lastAccount() {
+  try {
+    return localStorage.getItem('folvant-account');
+  } catch {
+    return null;
+  }
+}
+
 async function start() {
-  // The account list is asked for at once, beside the book's status: the first screen waits
-  // for both.
+  // The account list is asked for at once, beside the book's status and the register of the
+  // account shown last time: the first screen waits for them.
+  const last = lastAccount();
+  if (last) fetchEarly(last);
   const accounts = loadAccounts();
   accounts.catch(() => {});  // reported below
   const status = await call('/api/status').catch(() => ({}));
@@ -76,7 +86,8 @@ async function start() {
   });
   await attempt(async () => {
     await accounts;
-    const first = state.accounts.find((a) => !a.problem && !a.locked);
+    const open = (a) => !a.problem && !a.locked;
+    const first = state.accounts.find((a) => a.name === last && open(a)) ?? state.accounts.find(open);
     if (first) await showAccount(first.name);
     poll();
   });
