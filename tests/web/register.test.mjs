@@ -4,7 +4,7 @@
 // schedule has due, change an entry in place, search the register, open a locked account,
 // enter and change an entry of line items, change a schedule in words, keep a summary of one's
 // own, work the register by keyboard, give an entry notes, a tax-deductible mark and a new
-// category. A failing
+// category, reopen on the account shown last. A failing
 // test leaves a screenshot in
 // $FOLVANT_SCREENSHOTS (default: the system's temporary folder).
 //
@@ -454,4 +454,14 @@ test("a file of two accounts is imported from the one chosen in the import's set
       .some((r) => r.textContent.includes('Gift')));
     const rows = await page.$$eval('#import-review tbody tr', (r) => r.length);
     assert.equal(rows, 1);
+  }));
+
+test('the page reopens on the account shown last', () =>
+  step('reopen', async () => {
+    await page.click('.account[data-name="Savings"]');
+    await page.waitForFunction(() => document.querySelector('#register-title').textContent === 'Savings');
+    await page.reload({ waitUntil: 'domcontentloaded' });
+    await page.waitForFunction(() => document.querySelector('#register-title').textContent === 'Savings' &&
+      document.querySelectorAll('.rows .row:not(.loading)').length > 0);
+    assert.equal(await page.title(), 'Savings · Folvant');
   }));
