@@ -97,6 +97,38 @@ void Api::RegisterAccounts(httplib::Server& server) {
                             {"unlinked", removed->unlinked},
                             {"in", std::move(in)}};
               }));
+
+  // Gives an account a password, or with an empty one takes it away: {account, password}. Taking
+  // it away needs the account opened with it in this session; the session that gives one keeps
+  // the account open.
+  server.Post("/api/accounts/password", [this](const Request& request, Response& response) {
+    Refusal refusal;
+    const std::optional<Json> body = BodyOf(request, refusal);
+    if (!body) return Send(response, refusal);
+    Fields fields(*body);
+    const std::optional<std::string> account = fields.Text("account", true);
+    const std::string password = fields.Text("password").value_or("");
+    if (fields.problem()) return Send(response, *fields.problem());
+    const std::string session = request.get_header_value(kSessionHeader);
+    std::lock_guard lock(changes_);
+    auto book = OpenForChange(session);
+    if (!book) return Send(response, RefusalOf(book.error()));
+    auto done = password.empty() ? UnlockAccount(**book, *account)
+                                 : LockAccount(**book, *account, password);
+    if (!done) return Send(response, RefusalOf(done.error()));
+    if (std::optional<BookError> failed = (*book)->Save()) {
+      return Send(response, RefusalOf(*failed));
+    }
+    {
+      std::lock_guard kept(passwordsMutex_);
+      if (password.empty()) {
+        passwords_[session].erase(*done);
+      } else {
+        passwords_[session][*done] = password;
+      }
+    }
+    Send(response, Json{{"account", JsonText(*done)}, {"locked", !password.empty()}});
+  });
 }
 
 }  // namespace folvant::app::web

@@ -529,6 +529,21 @@ TEST_F(WebServerTest, ALockedAccountOpensForTheSessionThatGaveItsPassword) {
                         {{"Cookie", other}, {"X-Folvant-Session", cookie_.substr(cookie_.find('=') + 1)}});
   ASSERT_TRUE(response);
   EXPECT_EQ(response->status, 403);
+
+  // The session that opened it takes the password away; then every session sees it. A password
+  // is given back from the page the same way, and that session keeps the account open.
+  EXPECT_EQ(Post("/api/accounts/password", R"({"account": "Savings", "password": ""})").first, 200);
+  response = client.Get("/api/register?account=Savings", {{"Cookie", other}});
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->status, 200);
+  EXPECT_EQ(Post("/api/accounts/password", R"({"account": "Savings", "password": "new"})").first,
+            200);
+  EXPECT_EQ(Get("/api/register?account=Savings").first, 200);
+  response = client.Get("/api/register?account=Savings", {{"Cookie", other}});
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->status, 403);
+  EXPECT_EQ(Post("/api/accounts/password", R"({"account": "Savings", "password": "again"})").first,
+            409);
 }
 
 // Several clients adding and reading at once for a few seconds: every entry that was answered

@@ -4,7 +4,7 @@
 // schedule has due, change an entry in place, search the register, open a locked account,
 // enter and change an entry of line items, change a schedule in words, keep a summary of one's
 // own, work the register by keyboard, give an entry notes, a tax-deductible mark and a new
-// category, reopen on the account shown last. A failing
+// category, reopen on the account shown last, take a password away and give one. A failing
 // test leaves a screenshot in
 // $FOLVANT_SCREENSHOTS (default: the system's temporary folder).
 //
@@ -464,4 +464,20 @@ test('the page reopens on the account shown last', () =>
     await page.waitForFunction(() => document.querySelector('#register-title').textContent === 'Savings' &&
       document.querySelectorAll('.rows .row:not(.loading)').length > 0);
     assert.equal(await page.title(), 'Savings · Folvant');
+  }));
+
+test("an account's password is taken away and given from the page", () =>
+  step('password', async () => {
+    await page.click('.account[data-name="Visa Card"]');
+    await page.waitForFunction(() => document.querySelector('#register-title').textContent === 'Visa Card');
+    await page.click('#edit-account summary');
+    page.once('dialog', (dialog) => dialog.accept());
+    await page.click('#password-remove');
+    await page.waitForFunction(
+      () => document.querySelector('#message').textContent === '"Visa Card" has no password now.');
+    await page.type('#password-form [name=password]', 'another');
+    await page.click('#password-form button[type=submit]');
+    await page.waitForFunction(() => document.querySelector('#message').textContent.startsWith('"Visa Card" is locked'));
+    // This session gave it, so the account stays open here.
+    assert.equal(await balanceOf('Visa Card'), '-$52.49');
   }));

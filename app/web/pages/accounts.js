@@ -139,6 +139,20 @@ async function removeAccount() {
   });
 }
 
+// Gives the shown account a password (this session keeps it open), or takes it away.
+async function setPassword(password) {
+  const name = state.account;
+  if (!password && !confirm(`Take the password of "${name}" away? Anyone with the book can then open it.`)) {
+    return;
+  }
+  await attempt(async () => {
+    await call('/api/accounts/password', { account: name, password });
+    $('#password-form').reset();
+    await loadAccounts();
+    say(password ? `"${name}" is locked: it opens with its password.` : `"${name}" has no password now.`);
+  });
+}
+
 async function addAccount(event) {
   event.preventDefault();
   const data = formData(event.target);
@@ -175,6 +189,12 @@ export function setUpAccounts() {
   $('#account-form').addEventListener('submit', addAccount);
   $('#edit-account-form').addEventListener('submit', editAccount);
   $('#remove-account').addEventListener('click', removeAccount);
+  $('#password-form').addEventListener('submit', (event) => {
+    event.preventDefault();
+    const password = event.target.elements.password.value;
+    if (password) setPassword(password);
+  });
+  $('#password-remove').addEventListener('click', () => setPassword(''));
   $('#transfer-form').addEventListener('submit', transfer);
   $('#transfer-form').addEventListener('change', showReceived);
   $('#menu').addEventListener('click', () => {
