@@ -12,21 +12,11 @@
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntryCategory.h"
 #include "folvant/model/ZELMAccountEntryType.h"
+#include "bench/BenchRandom.h"
 #include "folvant/model/ZELMAccountsController.h"
 #include "folvant/values/LVCurrency.h"
 
 namespace bench {
-
-class Random {
- public:
-  std::uint32_t Below(std::uint32_t n) {
-    state_ = state_ * 6364136223846793005ULL + 1442695040888963407ULL;
-    return static_cast<std::uint32_t>(state_ >> 33) % n;
-  }
-
- private:
-  std::uint64_t state_ = 20080615;
-};
 
 // With `typesAndCurrency`, also the default entry types and a US dollar base currency;
 // without, neither (type and currency lookups find nothing).

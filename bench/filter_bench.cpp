@@ -69,7 +69,7 @@ struct Book {
                                 std::chrono::hours{12});
     account.setAccountsController(&controller);
     const std::vector<std::string> texts = TextPool(false), ascii = TextPool(true);
-    Random random;
+    Random random(20080615);
     EntryList entries;
     entries.reserve(g_entries);
     asciiEntries.reserve(g_entries);

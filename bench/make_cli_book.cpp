@@ -19,6 +19,7 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/BenchRandom.h"
 #include "folvant/book/Book.h"
 #include "folvant/model/ZELMAccount.h"
 #include "folvant/model/ZELMAccountEntry.h"
@@ -27,6 +28,7 @@
 
 namespace {
 
+using bench::Random;
 using folvant::Book;
 using folvant::ZELMAccount;
 using folvant::ZELMAccountEntry;
@@ -35,24 +37,6 @@ using namespace std::chrono;
 constexpr std::int64_t kStartingBalanceCents = 250000;
 constexpr sys_days kFirstDay{2016y / January / 1};
 constexpr sys_days kLastDay{2025y / December / 31};
-
-// A small deterministic generator, so the book and journal are the same on every run.
-class Random {
- public:
-  std::uint32_t Next() {
-    state_ = state_ * 6364136223846793005ull + 1442695040888963407ull;
-    return static_cast<std::uint32_t>(state_ >> 33);
-  }
-  std::uint32_t Below(std::uint32_t bound) { return Next() % bound; }
-  // Cents between the two amounts in dollars.
-  std::int64_t Cents(std::int64_t low, std::int64_t high) {
-    return low * 100 +
-           static_cast<std::int64_t>(Below(static_cast<std::uint32_t>((high - low) * 100)));
-  }
-
- private:
-  std::uint64_t state_ = 20160101u;
-};
 
 // What a debit may be: its payees, descriptions, category and amount range in dollars.
 struct Spending {
@@ -302,7 +286,7 @@ int Main(int argc, char** argv) {
   AppendDollars(out, kStartingBalanceCents);
   out += "\n    Equity:Opening Balances\n\n";
 
-  Random random;
+  Random random(20160101u);
   const auto spanDays = static_cast<std::size_t>((kLastDay - kFirstDay).count() + 1);
   // Entries of the last 60 days are not yet on a statement.
   const sys_days resolvedUntil = kLastDay - days{60};

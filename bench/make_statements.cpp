@@ -24,25 +24,16 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/BenchRandom.h"
+
 namespace {
+
+using bench::Random;
 
 using namespace std::chrono;
 
 constexpr sys_days kFirstDay{2016y / January / 4};
 constexpr sys_days kLastDay{2026y / July / 14};
-
-// A small deterministic generator, so the statements are the same on every run.
-class Random {
- public:
-  std::uint32_t Next() {
-    state_ = state_ * 6364136223846793005ull + 1442695040888963407ull;
-    return static_cast<std::uint32_t>(state_ >> 33);
-  }
-  std::uint32_t Below(std::uint32_t bound) { return Next() % bound; }
-
- private:
-  std::uint64_t state_ = 20260714u;
-};
 
 struct Transaction {
   const char* type;  // TRNTYPE
@@ -100,7 +91,7 @@ constexpr std::string_view kMemos[] = {"POS PURCHASE",
                                        "CONTACTLESS"};
 
 std::vector<Transaction> MakeTransactions(std::uint64_t count) {
-  Random random;
+  Random random(20260714u);
   std::vector<Transaction> transactions;
   transactions.reserve(count);
   const std::int64_t span = (kLastDay - kFirstDay).count();

@@ -22,10 +22,12 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/BenchRandom.h"
 #include "folvant/platform/plist/PropertyList.h"
 
 namespace {
 
+using bench::Random;
 using folvant::plist::Array;
 using folvant::plist::Data;
 using folvant::plist::Date;
@@ -34,19 +36,6 @@ using folvant::plist::Format;
 using folvant::plist::Value;
 
 std::size_t g_entries = 1'000'000;
-
-// A fixed-seed generator, so every run builds the same account.
-class Random {
- public:
-  std::uint32_t Next() {
-    state_ = state_ * 6364136223846793005ULL + 1442695040888963407ULL;
-    return static_cast<std::uint32_t>(state_ >> 33);
-  }
-  std::uint32_t Below(std::uint32_t n) { return Next() % n; }
-
- private:
-  std::uint64_t state_ = 20080229;
-};
 
 // ~500 payee and description texts of varied length and script.
 std::vector<std::string> TextPool() {
@@ -84,7 +73,7 @@ std::vector<std::string> TextPool() {
 }
 
 Value MakeAccount(std::size_t entry_count) {
-  Random random;
+  Random random(20080229);
   const std::vector<std::string> texts = TextPool();
   static const char* const kTypes[] = {"Check",    "Deposit", "Debit",    "ATM",
                                        "Transfer", "Fee",     "Interest", "Payroll"};

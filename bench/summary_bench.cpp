@@ -51,7 +51,7 @@ struct Book {
     static const char* const kTexts[] = {"Grocer",  "City Water", "Shell",   "Landlord",
                                          "Payroll", "Pharmacy",   "Bakery",  "Cinema",
                                          "Airline", "Hardware",   "Florist", "Mobile"};
-    Random random;
+    Random random(20080615);
     EntryList entries;
     entries.reserve(g_entries);
     const folvant::platform::Day first = folvant::platform::DayFromDateNumber(20000101);
