@@ -154,7 +154,10 @@ void Api::Register(httplib::Server& server) {
   RegisterReconcile(server);
   RegisterImport(server);
 
+  // For what no handler answered: the server calls this for every refusal, and a handler's own
+  // answer (an account that is not there is a 404 too) stays as it was.
   server.set_error_handler([](const Request& request, Response& response) {
+    if (!response.body.empty()) return;
     if (response.status == 404 && request.path.starts_with("/api/")) {
       Send(response, Refusal{404, "no such call: " + request.method + " " + request.path, {}});
     } else if (response.status == 413) {

@@ -175,7 +175,9 @@ TEST_F(WebServerTest, BadInputIsRefusedAndChangesNothing) {
     EXPECT_EQ(status, 400) << path << " " << body;
     EXPECT_TRUE(document["error"].is_string()) << path << " " << body;
   }
-  EXPECT_EQ(Post("/api/entries", R"({"account": "Nowhere", "amount": -5})").first, 404);
+  const auto [nowhere, missing] = Post("/api/entries", R"({"account": "Nowhere", "amount": -5})");
+  EXPECT_EQ(nowhere, 404);
+  EXPECT_EQ(missing["kind"], "notFound") << missing.dump();
   EXPECT_EQ(Post("/api/entries/void", R"({"account": "Checking", "number": 99999})").first, 404);
   EXPECT_EQ(Get("/api/register?account=Checking&offset=x").first, 400);
   EXPECT_EQ(Get("/api/nothing").first, 404);
