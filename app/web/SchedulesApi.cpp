@@ -29,6 +29,17 @@ void ReadRecurrence(Fields& fields, const Json& body, Recurrence& r) {
   if (const auto weekends = fields.Flag("weekendsBefore")) r.weekendsBefore = *weekends;
 }
 
+// The entry fields a schedule copies, as entries take them (a schedule has no date of its own),
+// with "newCategory" and "transferTo".
+ScheduledEntry ScheduledEntryOf(Fields& fields) {
+  ScheduledEntry entry;
+  entry.fields = EntryFieldsOf(fields);
+  entry.fields.date.reset();
+  entry.newCategory = fields.Flag("newCategory").value_or(false);
+  entry.transferTo = fields.Text("transferTo");
+  return entry;
+}
+
 }  // namespace
 
 void Api::RegisterSchedules(httplib::Server& server) {
@@ -73,14 +84,9 @@ void Api::RegisterSchedules(httplib::Server& server) {
                 recurrence.start = platform::Today();
                 ReadRecurrence(fields, body, recurrence);
                 fields.Text("unit", true);
-                ScheduledEntry entry;
                 fields.Amount("amount", true);
-                entry.fields = EntryFieldsOf(fields);
-                entry.newCategory = fields.Flag("newCategory").value_or(false);
-                entry.fields.date.reset();
-                if (const auto other = fields.Text("transferTo"); other && !other->empty()) {
-                  entry.transferTo = other;
-                }
+                ScheduledEntry entry = ScheduledEntryOf(fields);
+                if (entry.transferTo && entry.transferTo->empty()) entry.transferTo.reset();
                 if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
                 auto added = AddSchedule(book, *account, recurrence, entry);
                 if (!added) return refusal = RefusalOf(added.error()), std::nullopt;
@@ -103,11 +109,7 @@ void Api::RegisterSchedules(httplib::Server& server) {
                   recurrence = *stored;
                   ReadRecurrence(fields, body, *recurrence);
                 }
-                ScheduledEntry entry;
-                entry.fields = EntryFieldsOf(fields);
-                entry.newCategory = fields.Flag("newCategory").value_or(false);
-                entry.fields.date.reset();
-                entry.transferTo = fields.Text("transferTo");
+                const ScheduledEntry entry = ScheduledEntryOf(fields);
                 if (fields.problem()) return refusal = *fields.problem(), std::nullopt;
                 auto edited = EditSchedule(book, *account, *number, recurrence, entry);
                 if (!edited) return refusal = RefusalOf(edited.error()), std::nullopt;

@@ -228,8 +228,7 @@ function rowElement(row, index) {
   }
   element.addEventListener('dblclick', () => startEditing(row));
   const entry = { account: state.account, number: row.number };
-  const resolved = button(row.resolved ? '✓' : '', () => change('/api/entries/resolve',
-    { account: state.account, numbers: [row.number], resolved: !row.resolved }));
+  const resolved = button(row.resolved ? '✓' : '', () => toggleResolved(row));
   resolved.className = 'resolved';
   resolved.setAttribute('aria-pressed', String(row.resolved));
   resolved.setAttribute('aria-label', row.resolved ? 'Resolved; mark unresolved' : 'Mark resolved');
@@ -239,9 +238,7 @@ function rowElement(row, index) {
     actions.append(
       button(row.void ? 'Unvoid' : 'Void',
              () => change(row.void ? '/api/entries/unvoid' : '/api/entries/void', entry)),
-      button('Delete', () => {
-        if (confirm(`Delete entry ${row.number}?`)) change('/api/entries/delete', entry);
-      }));
+      button('Delete', () => deleteEntry(row)));
   }
   const resolvedCell = cell('resolved', '');
   resolvedCell.append(resolved);
@@ -253,6 +250,17 @@ function rowElement(row, index) {
                  cell('balance' + (row.balance < 0 ? ' negative' : ''), money(row.balance)),
                  actions);
   return element;
+}
+
+function toggleResolved(row) {
+  return change('/api/entries/resolve',
+                { account: state.account, numbers: [row.number], resolved: !row.resolved });
+}
+
+function deleteEntry(row) {
+  if (confirm(`Delete entry ${row.number}?`)) {
+    change('/api/entries/delete', { account: state.account, number: row.number });
+  }
 }
 
 async function change(path, body) {
@@ -299,15 +307,14 @@ function registerKeys(event) {
   }
   const row = state.cursor === null ? null : rowAt(state.cursor);
   if (!row || row.number === null) return;
-  const entry = { account: state.account, number: row.number };
   if (event.key === 'Enter') {
     event.preventDefault();
     startEditing(row);
   } else if (event.key === ' ') {
     event.preventDefault();
-    change('/api/entries/resolve', { account: state.account, numbers: [row.number], resolved: !row.resolved });
-  } else if (event.key === 'Delete' && confirm(`Delete entry ${row.number}?`)) {
-    change('/api/entries/delete', entry);
+    toggleResolved(row);
+  } else if (event.key === 'Delete') {
+    deleteEntry(row);
   }
 }
 
